@@ -1,0 +1,46 @@
+// The EXIF and IPTC tags of one image, read only.
+#pragma once
+
+#include <QString>
+#include <vector>
+
+#include "engine/image.h"
+
+namespace kvn::engine {
+
+struct MetadataItem {
+    QString Name;
+    QString Value;
+};
+
+class Exif {
+  public:
+    explicit Exif(detail::PageRef page) : page_(std::move(page)) {}
+    // Reads the tags; any value will do. The other members do it by themselves if need be.
+    void Load(int which);
+    int Count() const;
+    MetadataItem Item(int index) const;
+    // Null if there is none.
+    Image Thumbnail() const;
+    bool HasThumbnail() const;
+
+  private:
+    detail::PageRef page_;
+    mutable std::vector<MetadataItem> items_;
+    mutable bool loaded_ = false;
+};
+
+class Iptc {
+  public:
+    explicit Iptc(detail::PageRef page) : page_(std::move(page)) {}
+    void Load(int which);
+    int Count() const;
+    MetadataItem Item(int index) const;
+
+  private:
+    detail::PageRef page_;
+    mutable std::vector<MetadataItem> items_;
+    mutable bool loaded_ = false;
+};
+
+} // namespace kvn::engine

@@ -1,0 +1,39 @@
+// What a file says beside its pixels, kept as the bytes it stood in, so that it can be written
+// back untouched. Parsers look at it, only the named functions edit it.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace kvn::imaging {
+
+using Bytes = std::vector<std::uint8_t>;
+
+// A JPEG application marker that is none of those below: number 0 to 15 and its content.
+struct JpegMarker {
+    int number = 0;
+    Bytes data;
+    bool operator==(const JpegMarker&) const = default;
+};
+
+struct Metadata {
+    Bytes exif;      // a TIFF structure, without the "Exif\0\0" before it
+    Bytes iptc;      // the IPTC-IIM records alone
+    Bytes photoshop; // image resource blocks ("8BIM...") as they stood, IPTC included
+    Bytes xmp;       // the packet, without the name before it
+    Bytes icc;       // the profile
+    std::string comment;
+    std::vector<JpegMarker> jpegMarkers;
+    std::vector<std::pair<std::string, std::string>> text; // PNG text chunks, UTF-8
+    double gamma = 0;                                      // as the PNG says, 0 if it does not
+    double xDpi = 0;                                       // dots per inch, 0 if unknown
+    double yDpi = 0;
+
+    bool operator==(const Metadata&) const = default;
+};
+using MetadataRef = std::shared_ptr<const Metadata>;
+
+} // namespace kvn::imaging

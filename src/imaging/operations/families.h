@@ -1,0 +1,13 @@
+// Each family of operations gives its descriptions through one function; the table of all is
+// made of these. A new operation is one file beside its family and one line in its list.
+#pragma once
+
+#include <span>
+
+#include "imaging/operation.h"
+
+namespace kvn::imaging {
+
+std::span<const Operation* const> basicGeometryOperations(); // Crop, Flip, ResizeCanvas
+
+} // namespace kvn::imaging
