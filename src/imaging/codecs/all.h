@@ -1,0 +1,14 @@
+// The codecs by name. The table in codec.cpp is the one place that lists them for the others.
+#pragma once
+
+#include "imaging/codecs/codec.h"
+
+namespace kvn::imaging {
+
+const Codec& jpegCodec();
+const Codec& pngCodec();
+const Codec& tiffCodec();
+const Codec& gifCodec();
+const Codec& bmpCodec();
+
+} // namespace kvn::imaging
