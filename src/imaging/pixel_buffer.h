@@ -1,8 +1,9 @@
 // Rows of bytes, shared until one holder writes. It knows nothing of pixels.
 //
 // Copying a PixelBuffer shares the memory; detach() gives this holder memory of its own. Rows
-// start at multiples of 64 bytes. Large blocks are mapped with huge pages and the last few freed
-// ones are kept for the next request, since fresh pages cost more than most operations do.
+// start at multiples of 64 bytes, and 64 bytes past the last row may be read. Large blocks are
+// mapped with huge pages and the last few freed ones are kept for the next request, since fresh
+// pages cost more than most operations do.
 #pragma once
 
 #include <cstddef>
@@ -16,7 +17,9 @@ class PixelBuffer {
     PixelBuffer() = default;
     // Uninitialised rows. Throws RuntimeError(outOfMemory) if the size overflows, is above
     // maxBytes() or the memory is not to be had.
-    PixelBuffer(std::size_t rowBytes, int rows);
+    PixelBuffer(std::size_t rowBytes, int rows) : PixelBuffer(rowBytes, rows, false) {}
+    // The same with every byte 0, for less than a fill costs where the memory is fresh.
+    static PixelBuffer zeroed(std::size_t rowBytes, int rows) { return {rowBytes, rows, true}; }
 
     bool isNull() const { return !block_; }
     int rows() const { return rows_; }
@@ -41,6 +44,8 @@ class PixelBuffer {
 
   private:
     struct Block;
+    PixelBuffer(std::size_t rowBytes, int rows, bool zeroed);
+
     std::shared_ptr<Block> block_;
     std::size_t stride_ = 0;
     int rows_ = 0;
