@@ -18,7 +18,7 @@ enum class Answer { Ok, Cancel, Yes, No };
 
 struct Message {
     QString text;
-    QString title;             // empty: the application's title
+    QString title; // empty: the application's title
     Icon icon = Icon::None;
     Buttons buttons = Buttons::Ok;
     QWidget* owner = nullptr;
