@@ -4,10 +4,9 @@
 
 #include <QPointer>
 #include <QString>
-#include <functional>
 #include <vector>
 
-#include "engine/image.h"
+#include "document/commands.h"
 
 namespace kvn::document {
 
@@ -52,6 +51,16 @@ struct ProgramState {
     quint32 BackColor = 0xFFFFFF;
 
     Settings settings;
+
+    // What a document can be asked to do. main fills it, folder by folder.
+    CommandTable commands;
+
+    // A document is being opened: a second one asked for from inside the message pump is refused,
+    // because both would want the same slot.
+    bool opening = false;
+
+    // Where the files beside the program lie, its own folder if empty.
+    QString programFolder;
 
     // True if any document is open; scans from the first slot and stops at the first hit.
     bool IsAnyOpened() const;

@@ -44,6 +44,11 @@ class DocumentHost {
     virtual void adopt(frmMain* document) = 0;
     // Shows it, sized to its picture within the frame, and makes it the active one.
     virtual void present(frmMain* document) = 0;
+    // Brings a shown document to the front, its size untouched.
+    virtual void activate(frmMain* document) = 0;
+    // Closes the window that holds the document, hidden or not, as its close button would: the
+    // document's closeEvent may refuse. Deletes it (later) if it was closed.
+    virtual void close(frmMain* document) = 0;
     virtual frmMain* ActiveForm() const = 0;
     // The owner of modal windows.
     virtual QWidget* window() = 0;
