@@ -5,6 +5,8 @@
 
 namespace kvn {
 
-void DoEvents() { QCoreApplication::processEvents(QEventLoop::AllEvents, 20); }
+void DoEvents() {
+    QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+}
 
 } // namespace kvn

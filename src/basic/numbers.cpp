@@ -12,11 +12,15 @@
 namespace kvn {
 namespace {
 
-bool isBlank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
+bool isBlank(char c) {
+    return c == ' ' || c == '\t' || c == '\n' || c == '\r';
+}
 
 std::string_view trimmed(std::string_view text) {
-    while (!text.empty() && isBlank(text.front())) text.remove_prefix(1);
-    while (!text.empty() && isBlank(text.back())) text.remove_suffix(1);
+    while (!text.empty() && isBlank(text.front()))
+        text.remove_prefix(1);
+    while (!text.empty() && isBlank(text.back()))
+        text.remove_suffix(1);
     return text;
 }
 
@@ -27,18 +31,21 @@ std::size_t numberLength(std::string_view text) {
     };
     std::size_t i = !text.empty() && (text[0] == '+' || text[0] == '-') ? 1 : 0;
     const std::size_t first = i;
-    while (digit(i)) ++i;
+    while (digit(i))
+        ++i;
     std::size_t digits = i - first;
     if (i < text.size() && text[i] == '.') {
         ++i;
-        for (; digit(i); ++i) ++digits;
+        for (; digit(i); ++i)
+            ++digits;
     }
     if (digits == 0) return 0;
     if (i < text.size() && (text[i] == 'e' || text[i] == 'E')) {
         std::size_t j = i + 1;
         if (j < text.size() && (text[j] == '+' || text[j] == '-')) ++j;
         if (digit(j)) {
-            while (digit(j)) ++j;
+            while (digit(j))
+                ++j;
             i = j;
         }
     }
@@ -57,7 +64,8 @@ Integer checkedInteger(double value) {
 } // namespace
 
 double numericPrefix(std::string_view text) {
-    while (!text.empty() && isBlank(text.front())) text.remove_prefix(1);
+    while (!text.empty() && isBlank(text.front()))
+        text.remove_prefix(1);
     text = text.substr(0, numberLength(text));
     const bool negative = !text.empty() && text.front() == '-';
     if (!text.empty() && (text.front() == '+' || negative)) text.remove_prefix(1);
@@ -80,9 +88,15 @@ double roundHalfEven(double value) {
     return std::nearbyint(value);
 }
 
-std::uint8_t toByte(double value) { return checkedInteger<std::uint8_t>(value); }
-std::int16_t toInt16(double value) { return checkedInteger<std::int16_t>(value); }
-std::int32_t toInt32(double value) { return checkedInteger<std::int32_t>(value); }
+std::uint8_t toByte(double value) {
+    return checkedInteger<std::uint8_t>(value);
+}
+std::int16_t toInt16(double value) {
+    return checkedInteger<std::int16_t>(value);
+}
+std::int32_t toInt32(double value) {
+    return checkedInteger<std::int32_t>(value);
+}
 
 double numberFromText(std::string_view text) {
     if (!isNumericText(text))
@@ -99,7 +113,9 @@ bool booleanFromText(std::string_view text) {
     return numberFromText(text) != 0;
 }
 
-std::string booleanText(bool value) { return value ? "True" : "False"; }
+std::string booleanText(bool value) {
+    return value ? "True" : "False";
+}
 
 std::string numberText(double value) {
     if (value == 0) return "0";

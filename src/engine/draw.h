@@ -13,7 +13,7 @@ class Draw {
 
     void setAntialias(double amount);
     double Antialias() const;
-    engine::Color Color() const; // the pen's colour: writing to it changes the pen
+    engine::Color Color() const;  // the pen's colour: writing to it changes the pen
     void setFillStyle(int style); // -1 none, 0..5 hatches, 6 solid
     int FillStyle() const;
     void setLineStyle(int style); // 0..4

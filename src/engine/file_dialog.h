@@ -27,16 +27,22 @@ class Dialog {
     void setOpenOption(bool on);
     QString FileName() const { return fileName_; }
     QString FileTitle() const;
-    // All pages of the file that the open dialog chose; empty if it could not be read.
-    engine::Image Image() const { return image_; }
+    // All pages of the file that the open dialog chose, read when they are first asked for; empty
+    // if it could not be read.
+    engine::Image Image();
     // Why it could not; empty if it could.
-    QString imageError() const { return imageError_; }
+    QString imageError();
+    // Whose window follows the reading; a null image for none.
+    void setProgressTarget(const engine::Image& target) { progressTarget_ = target; }
+    // Takes a file that the user named elsewhere as if the open dialog had chosen it.
+    void chooseFile(const QString& path);
 
     bool ShowOpen();
     bool ShowSave();
 
   private:
     bool show(bool save);
+    void read();
     void record(const char* property, const QJsonArray& args);
 
     Engine& engine_;
@@ -45,7 +51,8 @@ class Dialog {
     QString defaultExt_, filter_, fileName_, imageError_;
     int filterIndex_ = 1;
     quint32 flags_ = 0;
-    engine::Image image_;
+    engine::Image image_, progressTarget_;
+    bool unread_ = false;
 };
 
 } // namespace kvn::engine

@@ -10,6 +10,10 @@
 
 class QPainter;
 
+namespace kvn::imaging {
+struct Rect;
+}
+
 namespace kvn::engine {
 
 namespace detail {
@@ -64,7 +68,7 @@ class ImgX : public QAbstractScrollArea {
 
     // --- view ---------------------------------------------------------------
     void setAutoDisplay(bool on);
-    void setBackColor(quint32 value); // 24-bit value
+    void setBackColor(quint32 value);            // 24-bit value
     void setBackdrop(const engine::Image& tile); // a null image takes it off
     void setDisplayOptionA(int value);
     void setDisplayOptionB(int value);
@@ -155,10 +159,13 @@ class ImgX : public QAbstractScrollArea {
 
   private:
     friend class detail::ImgXView;
+    class Listener;
     void record(const char* property, const QJsonArray& args) const;
+    void show(const imaging::Rect& changed);
 
     Engine& engine_;
     std::shared_ptr<detail::PageList> list_;
+    std::unique_ptr<Listener> listener_;
     std::unique_ptr<detail::ImgXView> view_;
 };
 

@@ -18,29 +18,29 @@ class Exif {
     explicit Exif(detail::PageRef page) : page_(std::move(page)) {}
     // Reads the tags; any value will do. The other members do it by themselves if need be.
     void Load(int which);
-    int Count() const;
-    MetadataItem Item(int index) const;
+    int Count();
+    MetadataItem Item(int index);
     // Null if there is none.
     Image Thumbnail() const;
     bool HasThumbnail() const;
 
   private:
     detail::PageRef page_;
-    mutable std::vector<MetadataItem> items_;
-    mutable bool loaded_ = false;
+    std::vector<MetadataItem> items_;
+    bool loaded_ = false;
 };
 
 class Iptc {
   public:
     explicit Iptc(detail::PageRef page) : page_(std::move(page)) {}
     void Load(int which);
-    int Count() const;
-    MetadataItem Item(int index) const;
+    int Count();
+    MetadataItem Item(int index);
 
   private:
     detail::PageRef page_;
-    mutable std::vector<MetadataItem> items_;
-    mutable bool loaded_ = false;
+    std::vector<MetadataItem> items_;
+    bool loaded_ = false;
 };
 
 } // namespace kvn::engine

@@ -16,8 +16,8 @@ namespace kvn::engine {
 
 // Whom a call is recorded for.
 struct TraceIdentity {
-    int doc = -1;     // the document's slot, -1 for objects of the frame
-    QString on;       // "ImgX", "imgxAction", "Dialog", "Image", ...
+    int doc = -1; // the document's slot, -1 for objects of the frame
+    QString on;   // "ImgX", "imgxAction", "Dialog", "Image", ...
 };
 
 struct TraceRecord {
