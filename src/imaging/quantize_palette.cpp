@@ -1,0 +1,203 @@
+// Choosing the palette.
+
+#include <algorithm>
+#include <atomic>
+#include <cmath>
+#include <memory>
+#include <mutex>
+#include <tuple>
+#include <utility>
+#include <vector>
+
+#include "basic/error.h"
+#include "imaging/convert_rows.h"
+#include "imaging/quantize.h"
+#include "imaging/quantize_cluster.h"
+#include "imaging/quantize_colors.h"
+#include "imaging/quantize_metric.h"
+
+namespace kvn::imaging {
+
+namespace {
+
+// How the bits of a bin number are shared out: fine cells for opaque pictures, coarser ones where
+// alpha needs its share.
+struct Bins {
+    std::array<int, 4> bits;
+    int total() const { return bits[0] + bits[1] + bits[2] + bits[3]; }
+};
+constexpr Bins opaqueBins{{6, 6, 6, 0}};
+constexpr Bins alphaBins{{5, 5, 5, 4}};
+
+// Pixels that fall into one cell: how many, and the sum of each channel.
+struct Bin {
+    std::uint32_t count = 0;
+    std::array<std::uint32_t, 4> sum{};
+};
+using Histogram = std::vector<Bin>;
+
+// Sums of more pixels would not fit into a bin.
+constexpr std::int64_t mostSamples = std::int64_t{1} << 24;
+
+template <bool withAlpha>
+void countRow(const std::uint8_t* row, int start, int step, int width, Histogram& histogram) {
+    constexpr std::array<int, 4> bits = withAlpha ? alphaBins.bits : opaqueBins.bits;
+    for (int x = start; x < width; x += step) {
+        const std::uint8_t* p = row + std::ptrdiff_t{x} * 4;
+        Spot spot{p[0], p[1], p[2], 0};
+        if constexpr (withAlpha) spot = spotOf({p[0], p[1], p[2], p[3]});
+        std::size_t cell = 0;
+        for (std::size_t k = 0; k < 4; ++k)
+            cell = cell << bits[k] | static_cast<std::size_t>(spot[k] >> (8 - bits[k]));
+        Bin& bin = histogram[cell];
+        ++bin.count;
+        for (std::size_t k = 0; k < 4; ++k)
+            bin.sum[k] += static_cast<std::uint32_t>(spot[k]);
+    }
+}
+
+// As many histograms as threads come for one.
+class HistogramPool {
+  public:
+    explicit HistogramPool(std::size_t bins) : bins_(bins) {}
+
+    std::unique_ptr<Histogram> take() {
+        const std::lock_guard lock(mutex_);
+        if (free_.empty()) return std::make_unique<Histogram>(bins_);
+        auto histogram = std::move(free_.back());
+        free_.pop_back();
+        return histogram;
+    }
+    void give(std::unique_ptr<Histogram> histogram) {
+        const std::lock_guard lock(mutex_);
+        free_.push_back(std::move(histogram));
+    }
+    // After all are back.
+    Histogram sum() {
+        Histogram total = std::move(*free_.back());
+        free_.pop_back();
+        for (const auto& part : free_)
+            for (std::size_t i = 0; i < bins_; ++i) {
+                total[i].count += (*part)[i].count;
+                for (std::size_t k = 0; k < 4; ++k)
+                    total[i].sum[k] += (*part)[i].sum[k];
+            }
+        return total;
+    }
+
+  private:
+    std::size_t bins_;
+    std::mutex mutex_;
+    std::vector<std::unique_ptr<Histogram>> free_;
+};
+
+Histogram histogramOf(const Raster& source, bool withAlpha, Task& task) {
+    const std::int64_t pixels = std::int64_t{source.width()} * source.height();
+    const int step = static_cast<int>((pixels + mostSamples - 1) / mostSamples);
+    const RowReader reader(source, ImageType::Rgba32);
+    HistogramPool pool(std::size_t{1} << (withAlpha ? alphaBins : opaqueBins).total());
+    parallelRows(source.height(), task, [&](int y0, int y1) {
+        auto histogram = pool.take();
+        std::vector<std::uint8_t> row(static_cast<std::size_t>(source.width()) * 4);
+        for (int y = y0; y < y1; ++y) {
+            reader.read(y, row.data());
+            // Where not every pixel is looked at, those of one row lie between those of the last.
+            const int start = y % step;
+            if (withAlpha)
+                countRow<true>(row.data(), start, step, source.width(), *histogram);
+            else
+                countRow<false>(row.data(), start, step, source.width(), *histogram);
+        }
+        pool.give(std::move(histogram));
+    });
+    return pool.sum();
+}
+
+Cloud cloudOf(const Histogram& histogram) {
+    Cloud cloud;
+    for (const Bin& bin : histogram) {
+        if (bin.count == 0) continue;
+        std::array<float, Cloud::axes> place;
+        for (std::size_t k = 0; k < place.size(); ++k) {
+            const double mean = static_cast<double>(bin.sum[k]) / bin.count;
+            place[k] = static_cast<float>(std::nearbyint(mean * Cloud::stepsPerLevel));
+        }
+        cloud.add(place, bin.count);
+    }
+    return cloud;
+}
+
+bool isOpaque(const Raster& source, Task& task) {
+    if (!hasAlpha(source.type())) return true;
+    const RowReader reader(source, ImageType::Rgba32);
+    std::atomic<bool> opaque{true};
+    parallelRows(source.height(), task, [&](int y0, int y1) {
+        std::vector<std::uint8_t> row(static_cast<std::size_t>(source.width()) * 4);
+        for (int y = y0; y < y1 && opaque.load(std::memory_order_relaxed); ++y) {
+            reader.read(y, row.data());
+            std::uint8_t all = 255;
+            for (std::size_t i = 3; i < row.size(); i += 4)
+                all &= row[i];
+            if (all != 255) opaque.store(false, std::memory_order_relaxed);
+        }
+    });
+    return opaque;
+}
+
+// Dark to light, as seen over black; equal colours once.
+Palette sorted(std::vector<Rgba> colors) {
+    const auto order = [](Rgba c) {
+        const int light = luma(mul255(c.r, c.a), mul255(c.g, c.a), mul255(c.b, c.a));
+        return std::tuple(light, c.r, c.g, c.b, c.a);
+    };
+    std::ranges::sort(colors, {}, order);
+    const auto rest = std::ranges::unique(colors);
+    colors.erase(rest.begin(), rest.end());
+    return Palette(std::move(colors));
+}
+
+} // namespace
+
+Rgba colorOf(const std::array<double, 4>& place, double scale, bool withAlpha) {
+    const auto byte = [](double value) {
+        return static_cast<std::uint8_t>(std::clamp(std::nearbyint(value), 0.0, 255.0));
+    };
+    if (!withAlpha)
+        return {byte(place[0] / scale), byte(place[1] / scale), byte(place[2] / scale), 255};
+    const std::uint8_t alpha = byte(place[3] / scale / alphaAxis);
+    if (alpha == 0) return {0, 0, 0, 0};
+    const auto channel = [&](double mixed) {
+        return byte((mixed / scale - (255 - alpha) / 2.0) * 255 / alpha);
+    };
+    return {channel(place[0]), channel(place[1]), channel(place[2]), alpha};
+}
+
+Palette choosePalette(const Raster& source, int colors, bool withAlpha, Task& task) {
+    if (source.isEmpty()) throw RuntimeError(errors::invalidCall, "There is no picture", "Imaging");
+    if (colors < 2 || colors > static_cast<int>(Palette::maxSize))
+        throw RuntimeError(errors::invalidCall, "A palette has 2 to 256 colors", "Imaging");
+    {
+        const Task::Stage stage(task, 0, 0.1);
+        const auto few = collectColors(source, withAlpha, static_cast<std::size_t>(colors), task);
+        if (few) {
+            std::vector<Rgba> entries;
+            for (const std::uint32_t color : few->colors())
+                entries.push_back(unpacked(color));
+            return sorted(std::move(entries));
+        }
+    }
+    const Cloud cloud = [&] {
+        const Task::Stage stage(task, 0.1, 0.6);
+        withAlpha = withAlpha && !isOpaque(source, task);
+        return cloudOf(histogramOf(source, withAlpha, task));
+    }();
+    std::vector<Center> centers = cutCloud(cloud, static_cast<std::size_t>(colors));
+    const Task::Stage stage(task, 0.6, 1);
+    refineCenters(cloud, centers, task);
+    std::vector<Rgba> entries;
+    for (const Center& center : centers)
+        entries.push_back(colorOf(center, Cloud::stepsPerLevel, withAlpha));
+    return sorted(std::move(entries));
+}
+
+} // namespace kvn::imaging
