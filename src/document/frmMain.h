@@ -3,6 +3,7 @@
 // working_copy.h, selection.h, pages.h), reached by name through the command table.
 #pragma once
 
+#include <QPointer>
 #include <QWidget>
 #include <optional>
 
@@ -68,7 +69,7 @@ class frmMain : public QWidget {
     // The two halves of KillMe, for closing several documents together.
     bool askBeforeClose();
     void markClosed();
-    // The next close of the window goes through without KillMe.
+    // The next close of the window goes through without a prompt.
     void closeWithoutAsking() { unasked_ = true; }
     bool AskToSaveChanges();
     void RaiseError(const RuntimeError& error);
@@ -105,11 +106,13 @@ class frmMain : public QWidget {
     void makeControls();
     void connectEvents();
     void copyPen();
-    bool takeImage(const engine::Image& image, const QString& path);
+    engine::Image readChosen();
+    bool takeChosen();
     void addPages(const engine::Image& image, const QString& path);
     void readMetadata();
-    int saveRow() const;
+    void tellInvalidImage();
     void write(const QString& path, int typeCode);
+    void leaveSlot();
 
     void imageChanged();
     void regionChanged(double left, double top, double width, double height);
@@ -119,8 +122,9 @@ class frmMain : public QWidget {
     void download(qint64 read, qint64 total, bool* cancel);
 
     Services services_;
-    int lastSaveRow_ = 1; // of this document's save dialog
-    bool unasked_ = false;
+    int lastSaveRow_ = 1;  // of this document's save dialog
+    bool unasked_ = false; // the close has been answered for
+    bool filling_ = false; // pages are coming in one by one
     int commandDepth_ = 0;
     std::optional<WaitCursor> waiting_;
 };

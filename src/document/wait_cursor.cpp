@@ -1,11 +1,12 @@
 #include "document/wait_cursor.h"
 
+#include <QCursor>
 #include <QGuiApplication>
 
 namespace kvn::document {
 
 WaitCursor::WaitCursor() {
-    QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+    QGuiApplication::setOverrideCursor(QCursor(Qt::WaitCursor));
 }
 WaitCursor::~WaitCursor() {
     QGuiApplication::restoreOverrideCursor();

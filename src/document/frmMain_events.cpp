@@ -1,0 +1,96 @@
+// What a document does when its engine controls report something.
+#include "dialogs/frmProgress.h"
+#include "document/document_menus.h"
+#include "document/frmMain.h"
+#include "document/program_state.h"
+#include "document/report.h"
+#include "document/roles.h"
+#include "document/tools.h"
+#include "document/view.h"
+
+namespace kvn::document {
+namespace {
+
+constexpr int leftButton = 1;
+constexpr int controlKey = 2; // the whole shift state
+constexpr double smallestSelection = 2;
+
+// Key codes of plus and minus, on the main block and on the number block.
+constexpr int zoomInKeys[] = {187, 107}, zoomOutKeys[] = {189, 109};
+
+bool isOneOf(int code, const int (&keys)[2]) {
+    return code == keys[0] || code == keys[1];
+}
+
+} // namespace
+
+// An engine failure inside a handler takes the window's error report.
+void frmMain::connectEvents() {
+    using engine::ImgX;
+    const auto safely = [this](auto work) { guarded(*this, work); };
+    engine::ImgX* shown = this->ImgX;
+    connect(shown, &ImgX::ImageChanged, this, [=, this] { safely([this] { imageChanged(); }); });
+    connect(shown, &ImgX::ImageListChanged, this, [this] {
+        if (!filling_) markCurrentPage(*this);
+    });
+    connect(shown, &ImgX::RegionChanged, this, &frmMain::regionChanged);
+    connect(shown, &ImgX::ZoomChanged, this, [this] { showZoomTitle(*this); });
+    connect(shown, &ImgX::MouseDown, this, [this](int button) { mouseDown(button); });
+    connect(shown, &ImgX::ImageMouseMove, this, [=, this](int, int, int x, int y) {
+        safely([=, this] { ShowPixelInfo(*this, x, y); });
+    });
+    connect(shown, &ImgX::MouseWheel, this,
+            [this](double distance) { wheelZoom(*this, distance); });
+    connect(shown, &ImgX::KeyDown, this, &frmMain::keyDown);
+    connect(shown, &ImgX::KeyUp, this, [this](int, int shift) {
+        if (shift == controlKey) this->ImgX->setHasRegion(true);
+    });
+    for (engine::ImgX* control : {shown, imgxAction}) {
+        connect(control, &ImgX::Progress, this, &frmMain::progress);
+        connect(control, &ImgX::Download, this, &frmMain::download);
+    }
+}
+
+void frmMain::imageChanged() {
+    if (filling_) return;
+    RebuildImageList(*this);
+    services_.rules.ImageMenusEnabled(!ImgX->IsEmpty());
+    ShowPixelInfo(*this, 0, 0);
+    Saved = false;
+}
+
+void frmMain::regionChanged(double left, double top, double width, double height) {
+    ProgramState& state = services_.state;
+    state.SelLeft = left;
+    state.SelTop = top;
+    state.SelWidth = width;
+    state.SelHeight = height;
+    state.HasSelection = width > smallestSelection || height > smallestSelection;
+}
+
+void frmMain::mouseDown(int button) {
+    if (button == leftButton) services_.state.HasSelection = false;
+}
+
+void frmMain::keyDown(int code, int shift) {
+    if (shift != controlKey) return;
+    if (isOneOf(code, zoomInKeys)) ZoomIn(*this);
+    if (isOneOf(code, zoomOutKeys)) ZoomOut(*this);
+    ImgX->setHasRegion(true);
+}
+
+void frmMain::progress(int percent, const QString& message, bool* cancel) {
+    if (!waiting_) waiting_.emplace();
+    services_.progress.progress(this, percent, message, cancel);
+    if (percent == 100 || *cancel) waiting_.reset();
+}
+
+// The report throws for a download of unknown size; throwing through the engine's signal would
+// leave the transfer running with nobody to end it.
+void frmMain::download(qint64 read, qint64 total, bool* cancel) {
+    const bool done =
+        guarded(*this, [&] { services_.progress.download(this, read, total, cancel); });
+    if (!done) *cancel = true;
+}
+
+} // namespace kvn::document
