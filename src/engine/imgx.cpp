@@ -17,7 +17,18 @@ class ImgX::Listener : public detail::ListObserver {
   public:
     explicit Listener(ImgX& control) : control_(control) {}
 
+    // Single pixels are told of when the control is refreshed, or when the program idles.
+    void pixelSet(int x, int y) override {
+        if (touched_.isEmpty())
+            QMetaObject::invokeMethod(&control_, [this] { flush(); }, Qt::QueuedConnection);
+        touched_ = touched_.united({x, y, 1, 1});
+    }
+    void flush() {
+        const imaging::Rect all = touched_; // pictureChanged empties the member
+        if (!all.isEmpty()) pictureChanged(all);
+    }
     void pictureChanged(const imaging::Rect& changed) override {
+        touched_ = {};
         control_.show(changed);
         // An empty rectangle means that a painting failed and nothing is different.
         if (!changed.isEmpty() || control_.IsEmpty()) emit control_.ImageChanged();
@@ -40,6 +51,7 @@ class ImgX::Listener : public detail::ListObserver {
 
   private:
     ImgX& control_;
+    imaging::Rect touched_;
 };
 
 ImgX::ImgX(Engine& engine, const QString& name, QWidget* parent)
@@ -207,11 +219,13 @@ int ImgX::ScrollY() const {
 
 void ImgX::Refresh() {
     record("ImgX.Refresh", {});
+    listener_->flush();
     view_->refresh();
 }
 
 void ImgX::Repaint() {
     record("ImgX.Repaint", {});
+    listener_->flush();
     view_->refresh();
 }
 

@@ -84,10 +84,12 @@ void Info::SetPixel(int x, int y, const Color& color) {
     const int index = list.indexOf(page_.page);
     if (index < 0) throw RuntimeError(errors::objectNotSet, "There is no image.", "Info.SetPixel");
     PageState& page = list.state.pages[static_cast<std::size_t>(index)];
+    const bool shown = list.observer && index == list.state.current;
+    if (shown) list.observer->releasePicture();
     page.raster.setPixel(x, y, detail::rgbaOf(color));
     page.stamp = PageList::nextId();
     ++list.generation;
-    if (list.observer && index == list.state.current) list.observer->pictureChanged({x, y, 1, 1});
+    if (shown) list.observer->pixelSet(x, y);
 }
 
 bool Info::HasAlpha() const {

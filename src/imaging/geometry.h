@@ -32,6 +32,15 @@ struct Rect {
     bool isEmpty() const { return width <= 0 || height <= 0; }
     bool operator==(const Rect&) const = default;
 
+    // The smallest rectangle around both; an empty one counts for nothing.
+    Rect united(const Rect& other) const {
+        if (isEmpty()) return other;
+        if (other.isEmpty()) return *this;
+        const int l = std::min(x, other.x), t = std::min(y, other.y);
+        return {l, t, static_cast<int>(std::max(right(), other.right()) - l),
+                static_cast<int>(std::max(bottom(), other.bottom()) - t)};
+    }
+
     Rect intersected(const Rect& other) const {
         const std::int64_t l = std::max(x, other.x), t = std::max(y, other.y);
         const std::int64_t r = std::min(right(), other.right());

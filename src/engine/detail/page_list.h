@@ -21,6 +21,8 @@ class ListObserver {
     virtual ~ListObserver() = default;
     // The shown page has other pixels; `changed` is in image pixels, the whole picture mostly.
     virtual void pictureChanged(const imaging::Rect& changed) = 0;
+    // One pixel of the shown page was set. Comes in millions: to be gathered.
+    virtual void pixelSet(int x, int y) = 0;
     // The shown page is about to be painted in place: a share of its pixels would make that a copy.
     virtual void releasePicture() = 0;
     // Pages came, went, or another one is current.
