@@ -21,7 +21,10 @@ namespace kvn::engine {
 
 class Engine;
 class Image;
+class Channels;
+class Effects;
 class Exif;
+class Geometry;
 class Iptc;
 namespace detail {
 class PageList;
@@ -149,6 +152,10 @@ class Image {
     engine::Info Info() const { return engine::Info(ref_); }
     engine::Images Images() const { return engine::Images(ref_.list); }
     engine::Utility Utility() const { return {}; }
+    // Declared in engine/operations.h.
+    engine::Effects Effects() const;
+    engine::Geometry Geometry() const;
+    engine::Channels Channels() const;
     // The form in which one image is passed to an operation of another.
     Image Surface() const { return *this; }
 

@@ -16,6 +16,7 @@ struct Rect;
 
 namespace kvn::engine {
 
+class Transforms;
 namespace detail {
 class ImgXView;
 }
@@ -50,6 +51,11 @@ class ImgX : public QAbstractScrollArea {
     engine::Import Import() const;
     engine::Export Export() const;
     engine::Draw Draw() const;
+    // Declared in engine/operations.h.
+    engine::Effects Effects() const;
+    engine::Geometry Geometry() const;
+    engine::Channels Channels() const;
+    engine::Transforms Transforms() const;
     engine::Utility Utility() const { return {}; }
     bool IsEmpty() const;
     bool Modified() const;

@@ -83,8 +83,14 @@ class History {
     // step may share afterwards; returns true if a step was taken.
     bool recordRect(std::string label, const ListState& live, const imaging::Rect& rect);
 
+    // To be called with the live state before a change that takes no step of its own. Otherwise
+    // such a change stays after the undo of a recordRect step, and where it alters the size or
+    // the type of that page the step is lost. Costs nothing, but the step then shares the pixels.
+    void hold(const ListState& live);
+
     // Takes the newest step back without exchange, when the change it stood for did not happen.
-    // For recordRect the kept pixels are put back into `live`.
+    // For recordRect the kept pixels are put back into `live`. The redo steps that the step had
+    // cleared, and an oldest one that it drove out, come back too.
     void rollback(ListState& live);
 
     // Exchanges the live state with the newest step, or the newest redone one. False, with

@@ -37,8 +37,8 @@ class ImgXView {
 
     // --- the picture ----------------------------------------------------------
     // Shows `picture`, sharing its pixels; an empty one shows nothing. Where size and type are
-    // those of the picture before, only `changed` is looked at again, and an empty `changed`
-    // says that nothing was. Any other picture is taken as new, whatever `changed` says.
+    // those of the picture before, only `changed` is made anew. An empty `changed` means nothing
+    // after releasePicture(), and everything if other pixels are handed over without that.
     void setPicture(const imaging::Raster& picture, const imaging::Rect& changed);
     // Gives up the share, so that the holder can write in place without a copy. To be followed by
     // setPicture; a paint in between repeats what was last shown.

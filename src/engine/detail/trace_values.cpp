@@ -59,6 +59,19 @@ imaging::Value valueOf(const QVariant& v) {
         const auto t = v.value<Table>();
         return imaging::Matrix{t.rows, t.columns, t.values};
     }
+    if (holds<QList<Color>>(v)) {
+        std::vector<imaging::Rgba> colors;
+        for (const Color& c : v.value<QList<Color>>())
+            colors.push_back(rgbaOf(c));
+        return imaging::Palette(std::move(colors));
+    }
+    if (v.userType() == QMetaType::QByteArray) {
+        const QByteArray bytes = v.toByteArray();
+        imaging::Matrix table{1, static_cast<int>(bytes.size()), {}};
+        for (const char byte : bytes)
+            table.values.push_back(static_cast<quint8>(byte));
+        return table;
+    }
     switch (v.userType()) {
     case QMetaType::Bool:
         return v.toBool();
@@ -88,6 +101,13 @@ QJsonValue tracedVariant(const QVariant& v) {
             rows.append(row);
         }
         return rows;
+    }
+    if (holds<QList<Color>>(v)) return traced(v.value<QList<Color>>());
+    if (v.userType() == QMetaType::QByteArray) {
+        QJsonArray row;
+        for (const char byte : v.toByteArray())
+            row.append(int{static_cast<quint8>(byte)});
+        return QJsonArray{row};
     }
     return QJsonValue::fromVariant(v);
 }

@@ -1,0 +1,47 @@
+#include "engine/detail/history_job.h"
+
+#include <exception>
+#include <utility>
+
+namespace kvn::engine::detail {
+
+void CoolingJob::run(SpillFile& file, const StopFlag& stop) {
+    try {
+        switch (kind) {
+        case Kind::None:
+            break;
+        case Kind::Pack:
+            pack(stop);
+            break;
+        case Kind::Repack:
+            patch = packedPatch(patch, stop);
+            break;
+        case Kind::Spill:
+            patch.extent = file.write(patch.bytes->data(), patch.bytes->size());
+            hasFailed = !patch.extent;
+            break;
+        case Kind::Fetch: {
+            auto bytes = std::make_shared<ByteBlock>(patch.extent->size());
+            patch.extent->read(0, bytes->data(), bytes->size());
+            patch.bytes = std::move(bytes);
+            break;
+        }
+        }
+    } catch (const std::exception&) {
+        // Out of memory, or the file cannot be read: the content stays in the form it has.
+        hasFailed = true;
+    }
+}
+
+void CoolingJob::pack(const StopFlag& stop) {
+    if (neighbour) {
+        if (auto tiles = differentTiles(raw.view(), neighbourRaw.view(), stop)) {
+            isDifference = true;
+            patch = packedPatch(raw.view(), std::move(*tiles), stop);
+            return;
+        }
+    }
+    patch = packedPatch(raw.view(), wholeTiles(raw.view()), stop);
+}
+
+} // namespace kvn::engine::detail
