@@ -1,6 +1,6 @@
 # Every library the project uses, found once. Which folder links which stands in cmake/Module.cmake.
 
-find_package(Qt6 6.4 REQUIRED COMPONENTS Core Gui Widgets Network PrintSupport Test)
+find_package(Qt6 6.4 REQUIRED COMPONENTS Core DBus Gui Widgets Network PrintSupport Test)
 find_package(PkgConfig REQUIRED)
 find_package(Threads REQUIRED)
 find_package(JPEG REQUIRED)

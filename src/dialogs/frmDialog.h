@@ -10,7 +10,6 @@
 
 #include "dialogs/color_button.h"
 
-class QAbstractButton;
 class QButtonGroup;
 class QCheckBox;
 class QComboBox;
@@ -23,7 +22,6 @@ class QScrollArea;
 namespace kvn::dialogs {
 
 class Asking;
-class NumberBox;
 
 class frmDialog : public QDialog {
     Q_OBJECT
@@ -74,7 +72,6 @@ class frmDialog : public QDialog {
 
   protected:
     void closeEvent(QCloseEvent* event) override;
-    void keyPressEvent(QKeyEvent* event) override;
     void showEvent(QShowEvent* event) override;
     void changeEvent(QEvent* event) override;
 
@@ -89,7 +86,7 @@ class frmDialog : public QDialog {
         QWidget* control; // null for an unknown kind
     };
 
-    QWidget* control(int row, int kind, const char* group) const;
+    QWidget* control(int row, int kind) const;
     QWidget* makeControl(int row, int kind, const QString& label, const QVariant& value);
     QWidget* makeText(int row, const QVariant& value);
     QWidget* makeColor(int row, const QVariant& value);

@@ -1,13 +1,12 @@
 // The one progress window of the program, shared by all documents. The object exists from the
 // start; its window is made at the first report and then kept, hidden between operations. It
-// draws what it is told and checks no order of values.
+// shows what it is told and checks no order of values.
 #pragma once
 
 #include <QElapsedTimer>
 #include <QObject>
 #include <QPointer>
 #include <QString>
-#include <memory>
 #include <vector>
 
 class QDialog;
@@ -48,21 +47,24 @@ class frmProgress : public QObject {
   private:
     // A document that a report of 0 disabled and none of 100 has enabled yet.
     struct Held {
+        const QWidget* key; // only compared, never followed
         QPointer<QWidget> document;
-        QPointer<QWidget> focus;
+        QPointer<QWidget> focus;      // what had the focus within it
+        QPointer<QWidget> focusAfter; // what Qt gave it to when the document was disabled
         QElapsedTimer since;
         QString message;
     };
 
     void begin(QWidget* document, const QString& message);
     void advance(QWidget* document, int percent, bool* cancel);
-    void finish(QWidget* document, const QString& title, bool full);
-    void release(QWidget* document);
-    Held* held(QWidget* document);
-    void showFor(const Held& held);
+    // `key` names the operation; `document` is null if it is gone.
+    void end(const QWidget* key, QWidget* document);
+    void hold(QWidget* document, const QString& message);
+    Held* held(const QWidget* document);
+    void showWhenDue(const QWidget* document);
     ProgressWindow& ensureWindow();
 
-    std::unique_ptr<ProgressWindow> window_;
+    QPointer<ProgressWindow> window_;
     std::vector<Held> held_;
     int showDelay_ = 500;
 };

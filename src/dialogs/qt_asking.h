@@ -1,5 +1,6 @@
 // The real asking service: Qt's own message, colour and file windows, and an input box in the
-// program's look. It holds no state but the folder of the last file question.
+// program's look. It keeps nothing but the application's title and the folder of the last file
+// question.
 #pragma once
 
 #include "dialogs/asking.h"
@@ -17,12 +18,18 @@ class QtAsking : public Asking {
     void showModal(QDialog& window) override;
     engine::FileAnswer chooseFile(const engine::FileRequest& request) override;
 
+    // The title of a box without one of its own; the application's display name unless set.
+    // (A display name that is set would also stand behind every window's title.)
+    QString applicationTitle() const;
+    void setApplicationTitle(const QString& title) { title_ = title; }
+
     // Where the next file question without a folder of its own starts. The owner of the settings
     // may keep it from run to run.
     QString folder() const { return folder_; }
     void setFolder(const QString& folder) { folder_ = folder; }
 
   private:
+    QString title_;
     QString folder_;
 };
 
