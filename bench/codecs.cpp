@@ -1,6 +1,7 @@
 // Reading and writing 24 megapixels beside the bare codec library doing the same.
 #include <benchmark/benchmark.h>
 #include <cstdio>
+#include <cstring>
 #include <jpeglib.h>
 #include <map>
 #include <png.h>
