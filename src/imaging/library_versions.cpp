@@ -1,0 +1,49 @@
+#include "imaging/library_versions.h"
+
+#include <cstddef>
+#include <cstdio>
+
+#include <exiv2/exiv2.hpp>
+#include <gif_lib.h>
+#include <hwy/highway.h>
+#include <jpeglib.h>
+#include <libdeflate.h>
+#include <lz4.h>
+#include <opencv2/core/utility.hpp>
+#include <png.h>
+#include <tiffio.h>
+
+#define KVN_TEXT_OF(x) #x
+#define KVN_TEXT(x) KVN_TEXT_OF(x)
+
+namespace kvn::imaging {
+
+namespace {
+
+std::string dotted(int major, int minor, int patch) {
+    return std::to_string(major) + '.' + std::to_string(minor) + '.' + std::to_string(patch);
+}
+
+// The library's own text has further lines.
+std::string tiffVersion() {
+    const std::string text = TIFFGetVersion();
+    return text.substr(0, text.find('\n'));
+}
+
+} // namespace
+
+std::vector<std::pair<std::string, std::string>> libraryVersions() {
+    return {
+        {"libjpeg-turbo", KVN_TEXT(LIBJPEG_TURBO_VERSION)},
+        {"libpng", png_get_libpng_ver(nullptr)},
+        {"libtiff", tiffVersion()},
+        {"giflib", dotted(GIFLIB_MAJOR, GIFLIB_MINOR, GIFLIB_RELEASE)},
+        {"Exiv2", Exiv2::version()},
+        {"OpenCV", cv::getVersionString()},
+        {"Highway", dotted(HWY_MAJOR, HWY_MINOR, HWY_PATCH)},
+        {"libdeflate", LIBDEFLATE_VERSION_STRING},
+        {"LZ4", LZ4_versionString()},
+    };
+}
+
+} // namespace kvn::imaging

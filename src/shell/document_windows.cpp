@@ -1,0 +1,201 @@
+#include "shell/document_windows.h"
+
+#include <QEvent>
+#include <QMdiArea>
+#include <QMdiSubWindow>
+#include <QPainter>
+#include <algorithm>
+
+#include "dialogs/look.h"
+#include "document/frmMain.h"
+
+namespace kvn::shell {
+
+using document::frmMain;
+
+namespace {
+
+constexpr int cascadeStep = 26; // pixels between two new windows
+constexpr int cascadeLength = 8;
+
+// The work area. While no document is shown it says how to get one.
+class WorkArea : public QMdiArea {
+  public:
+    explicit WorkArea(QWidget* parent) : QMdiArea(parent) {
+        setObjectName(QStringLiteral("MDIClient"));
+        setAccessibleName(QStringLiteral("Documents"));
+        setOption(QMdiArea::DontMaximizeSubWindowOnActivation);
+        setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+        setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+        setFrameShape(QFrame::NoFrame);
+    }
+
+  protected:
+    void paintEvent(QPaintEvent*) override {
+        QPainter painter(viewport());
+        painter.fillRect(viewport()->rect(), dialogs::lookColor(QStringLiteral("workspace")));
+        const QList<QMdiSubWindow*> windows = subWindowList();
+        if (std::any_of(windows.begin(), windows.end(), [](auto* w) { return !w->isHidden(); }))
+            return;
+        QFont font = painter.font();
+        font.setPointSizeF(font.pointSizeF() * 1.25);
+        painter.setFont(font);
+        painter.setPen(dialogs::lookColor(QStringLiteral("dim")));
+        painter.drawText(viewport()->rect(), Qt::AlignCenter | Qt::TextWordWrap,
+                         QStringLiteral("Drop pictures here, or double-click to open one"));
+    }
+};
+
+// Part `index` of `count` equal parts.
+struct Share {
+    int index, count;
+    int start(int length) const { return length * index / count; }
+    int size(int length) const { return length * (index + 1) / count - start(length); }
+};
+
+QRect cell(QSize room, Share x, Share y) {
+    return {x.start(room.width()), y.start(room.height()), x.size(room.width()),
+            y.size(room.height())};
+}
+
+} // namespace
+
+DocumentWindows::DocumentWindows(QWidget& frame) : frame_(frame), area_(new WorkArea(&frame)) {
+    area_->viewport()->installEventFilter(this);
+    connect(area_, &QMdiArea::subWindowActivated, this, &DocumentWindows::windowActivated);
+}
+
+bool DocumentWindows::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == area_->viewport()) {
+        if (event->type() == QEvent::MouseButtonDblClick) emit emptyAreaDoubleClicked();
+        return false;
+    }
+    // A document window: its title stands in the window list.
+    if (event->type() == QEvent::WindowTitleChange) emit listChanged();
+    // Closed by its own button. It still exists for a moment, but is no one's active document.
+    if (event->type() == QEvent::HideToParent) {
+        std::erase(recent_, static_cast<QMdiSubWindow*>(watched)->widget());
+        emit listChanged();
+    }
+    return false;
+}
+
+void DocumentWindows::adopt(frmMain* document) {
+    auto* window = new QMdiSubWindow(area_);
+    window->setAttribute(Qt::WA_DeleteOnClose);
+    window->setWidget(document);
+    area_->addSubWindow(window);
+    window->hide();
+    window->installEventFilter(this);
+    // A document that goes by another way than its close button takes its window with it.
+    connect(document, &QObject::destroyed, window, [this, window] {
+        std::erase_if(recent_, [](const auto& entry) { return entry.isNull(); });
+        window->deleteLater();
+        emit listChanged();
+    });
+}
+
+QMdiSubWindow* DocumentWindows::windowOf(frmMain* document) const {
+    return qobject_cast<QMdiSubWindow*>(document->parentWidget());
+}
+
+void DocumentWindows::present(frmMain* document) {
+    QMdiSubWindow* window = windowOf(document);
+    if (!window) return;
+    const QSize room = area_->viewport()->size();
+    const int step = presented_++ % cascadeLength * cascadeStep;
+    const QSize border = window->sizeHint() - document->sizeHint();
+    const QSize wanted = (document->sizeHint() + border).boundedTo(room);
+    // Shifted only as far as it still lies within the frame.
+    const QPoint place(std::min(step, room.width() - wanted.width()),
+                       std::min(step, room.height() - wanted.height()));
+    document->show();
+    window->show();
+    window->setGeometry(QRect(place, wanted));
+    recent_.insert(recent_.begin(), document);
+    area_->setActiveSubWindow(window);
+    area_->viewport()->update();
+    emit listChanged();
+}
+
+void DocumentWindows::activate(frmMain* document) {
+    QMdiSubWindow* window = windowOf(document);
+    if (!window || window->isHidden()) return;
+    if (window->isMinimized()) window->showNormal();
+    area_->setActiveSubWindow(window);
+}
+
+void DocumentWindows::close(frmMain* document) {
+    QMdiSubWindow* window = windowOf(document);
+    if (!window || !window->close()) return;
+    std::erase(recent_, document);
+    document->deleteLater();
+    area_->viewport()->update();
+    emit listChanged();
+}
+
+frmMain* DocumentWindows::ActiveForm() const {
+    for (const auto& document : recent_)
+        if (document) return document;
+    return nullptr;
+}
+
+std::vector<frmMain*> DocumentWindows::shown() const {
+    std::vector<frmMain*> documents;
+    for (QMdiSubWindow* window : area_->subWindowList(QMdiArea::CreationOrder))
+        if (auto* document = qobject_cast<frmMain*>(window->widget());
+            document && !window->isHidden())
+            documents.push_back(document);
+    return documents;
+}
+
+// Nothing is active while another program or a dialog has the focus: the document stays the
+// active one all the same.
+void DocumentWindows::windowActivated(QMdiSubWindow* window) {
+    auto* document = window ? qobject_cast<frmMain*>(window->widget()) : nullptr;
+    if (!document || window->isHidden()) return;
+    const bool changed = ActiveForm() != document;
+    std::erase_if(recent_, [&](const auto& entry) { return !entry || entry == document; });
+    recent_.insert(recent_.begin(), document);
+    emit listChanged();
+    if (changed) emit activated(document);
+}
+
+void DocumentWindows::arrange(Order order) {
+    switch (order) {
+    case Order::Cascade:
+        area_->cascadeSubWindows();
+        break;
+    case Order::TileHorizontal:
+        tile(false);
+        break;
+    case Order::TileVertical:
+        tile(true);
+        break;
+    }
+}
+
+// Equal shares of the area, one below the other or side by side; from four windows on in several
+// lanes, so that none becomes a sliver.
+void DocumentWindows::tile(bool columns) {
+    std::vector<QMdiSubWindow*> windows;
+    for (frmMain* document : shown())
+        if (QMdiSubWindow* window = windowOf(document); !window->isMinimized())
+            windows.push_back(window);
+    const int count = static_cast<int>(windows.size());
+    int lanes = 1;
+    while (lanes * (lanes + 2) < count)
+        ++lanes;
+    auto next = windows.begin();
+    for (int lane = 0; lane < lanes; ++lane) {
+        const int members = count / lanes + (lane < count % lanes ? 1 : 0);
+        for (int i = 0; i < members; ++i, ++next) {
+            const Share along{i, members}, across{lane, lanes};
+            (*next)->showNormal();
+            (*next)->setGeometry(columns ? cell(area_->viewport()->size(), along, across)
+                                         : cell(area_->viewport()->size(), across, along));
+        }
+    }
+}
+
+} // namespace kvn::shell

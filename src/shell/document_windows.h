@@ -1,0 +1,58 @@
+// The area of the frame in which the document windows live: it takes them in, shows, arranges and
+// closes them, and knows which one is the active one.
+#pragma once
+
+#include <QObject>
+#include <QPointer>
+#include <vector>
+
+#include "document/roles.h"
+
+class QMdiArea;
+class QMdiSubWindow;
+
+namespace kvn::shell {
+
+class DocumentWindows : public QObject, public document::DocumentHost {
+    Q_OBJECT
+
+  public:
+    enum class Order { Cascade = 0, TileHorizontal = 1, TileVertical = 2 };
+
+    // `frame` owns modal windows and the area.
+    explicit DocumentWindows(QWidget& frame);
+
+    void adopt(document::frmMain* document) override;
+    void present(document::frmMain* document) override;
+    void activate(document::frmMain* document) override;
+    void close(document::frmMain* document) override;
+    document::frmMain* ActiveForm() const override;
+    QWidget* window() override { return &frame_; }
+
+    QMdiArea& area() { return *area_; }
+    void arrange(Order order);
+    // The shown windows in the order of their opening.
+    std::vector<document::frmMain*> shown() const;
+
+  signals:
+    void emptyAreaDoubleClicked();
+    void activated(document::frmMain* document);
+    // The list of shown windows, a title or the active one has changed.
+    void listChanged();
+
+  protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+  private:
+    QMdiSubWindow* windowOf(document::frmMain* document) const;
+    void windowActivated(QMdiSubWindow* window);
+    void tile(bool columns);
+
+    QWidget& frame_;
+    QMdiArea* area_;
+    // Shown documents, the last active one in front.
+    std::vector<QPointer<document::frmMain>> recent_;
+    int presented_ = 0;
+};
+
+} // namespace kvn::shell
