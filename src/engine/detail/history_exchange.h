@@ -1,13 +1,14 @@
 // Putting the state of a step in the place of the live one.
 #pragma once
 
+#include <mutex>
 #include <vector>
 
 #include "engine/detail/history_store.h"
 
 namespace kvn::engine::detail {
 
-// Made with the lock held; prepare() runs without it, commit() with it again.
+// Made, and gone, with the lock of the store held.
 //
 // A page whose pixels stand ready is shared. One that is kept as the difference to the live page
 // changes places with it, tile by tile in the live pixels: nothing is copied, and what the tiles
@@ -15,40 +16,37 @@ namespace kvn::engine::detail {
 class Exchange {
   public:
     // `reverse` is the live state as a step, made for the way back.
-    Exchange(StoreCore& store, Step& target, Step& reverse, ListState& live);
-    ~Exchange(); // with the lock held
+    Exchange(StoreCore& store, const Step& target, const Step& reverse, ListState& live);
+    ~Exchange();
     Exchange(const Exchange&) = delete;
     Exchange& operator=(const Exchange&) = delete;
 
-    // Throws RuntimeError(outOfMemory, deviceIo).
-    void prepare();
-    // Throws RuntimeError(outOfMemory) with nothing changed.
+    // Fetches and unpacks; the lock is released meanwhile. Throws RuntimeError(outOfMemory,
+    // deviceIo).
+    void prepare(std::unique_lock<std::mutex>& lock);
+    // Throws std::bad_alloc with nothing changed.
     void commit();
 
   private:
     struct InPlace {
-        std::size_t page;     // in the target
-        std::size_t livePage; //
+        std::size_t page = 0; // in the target
+        std::size_t livePage = 0;
         ContentRef target;
-        ContentRef source; // content of the live page, the target's base
-        Patch pixels;      // unpacked
+        ContentRef source; // the live page's content, the target's base
+        Patch pixels;      // of the target, unpacked
     };
     struct Rebuild {
-        std::size_t page;
+        std::size_t page = 0;
         ContentRef target;
         Recipe recipe;
-        imaging::Raster result;
     };
 
-    void plan(std::size_t page);
     bool planInPlace(std::size_t page);
-    void takeLivePixels();
-    void restoreLivePixels();
-    void swapInPlace(InPlace& exchange);
+    void swap(InPlace& exchange) noexcept;
 
     StoreCore& store_;
-    Step& target_;
-    Step& reverse_;
+    const Step& target_;
+    const Step& reverse_;
     ListState& live_;
     ListState next_;
     std::vector<InPlace> inPlace_;

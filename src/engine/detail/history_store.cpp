@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <iterator>
 #include <new>
 #include <system_error>
 #include <utility>
@@ -73,7 +72,7 @@ void StoreCore::coolerThread() {
 
 bool StoreCore::workOnce(std::unique_lock<std::mutex>& lock) {
     std::vector<imaging::Raster> freed;
-    std::vector<Step> garbage = std::exchange(garbage_, {});
+    auto garbage = std::exchange(garbage_, {});
     CoolingJob job = pick(freed);
     const bool hasWork = job.content != nullptr;
     if (!hasWork && freed.empty() && garbage.empty()) return false;
@@ -96,21 +95,28 @@ void StoreCore::settle() {
 
 void StoreCore::relieve() {
     std::unique_lock lock(mutex_);
-    refresh();
-    const auto isFarAbove = [this] { return inUse() > budget_ + budget_ / 2; };
-    while (isFarAbove()) {
-        if (workOnce(lock)) continue;
-        if (underWay_ == 0) return;
-        done_.wait(lock);
+    try {
+        refresh();
+        while (inUse() > budget_ + budget_ / 2) {
+            if (workOnce(lock)) continue;
+            if (underWay_ == 0) return;
+            done_.wait(lock);
+        }
+    } catch (const std::bad_alloc&) {
+        // Then it stays for the next call.
     }
 }
 
-void StoreCore::discard(std::vector<Step> steps) {
+void StoreCore::discard(std::vector<Step> steps) noexcept {
     if (steps.size() <= stepsFreedAtOnce) return;
     const std::lock_guard lock(mutex_);
     if (hasEnded_) return;
-    std::move(steps.begin(), steps.end(), std::back_inserter(garbage_));
-    wake();
+    try {
+        garbage_.push_back(std::move(steps));
+        wake();
+    } catch (const std::bad_alloc&) {
+        // Then they are freed here and now.
+    }
 }
 
 std::uint64_t StoreCore::budget() const {
@@ -174,6 +180,11 @@ ContentRef StoreCore::contentOf(const imaging::Raster& raster) {
 void StoreCore::giveRaw(const ContentRef& content, const imaging::Raster& raster) {
     byPixels_[raster.view().data] = content;
     content->raw = raster;
+    content->raw.setPalette({}); // the palette belongs to the step
+}
+
+void StoreCore::handOn(const imaging::Raster& raster, const ContentRef& to) noexcept {
+    if (const auto at = byPixels_.find(raster.view().data); at != byPixels_.end()) at->second = to;
 }
 
 void StoreCore::dropRaw(Content& content) {

@@ -30,7 +30,7 @@ class StoreCore {
     // than the background thread gets on.
     void relieve();
     // Frees many steps in the background, since giving disk space back takes its time.
-    void discard(std::vector<Step> steps);
+    void discard(std::vector<Step> steps) noexcept;
 
     std::uint64_t budget() const;
     void setBudget(std::uint64_t bytes);
@@ -44,8 +44,11 @@ class StoreCore {
     void changed(Timeline& timeline);
     // The content with exactly these pixels: a known one if its raw pixels are the same memory.
     ContentRef contentOf(const imaging::Raster& raster);
+    // From now on the content's raw pixels are those of the raster.
     void giveRaw(const ContentRef& content, const imaging::Raster& raster);
     void dropRaw(Content& content);
+    // The pixels that were the raw ones of one content have become those of another.
+    void handOn(const imaging::Raster& raster, const ContentRef& to) noexcept;
     std::uint64_t nextOrder() { return ++lastOrder_; }
 
   private:
@@ -82,7 +85,7 @@ class StoreCore {
     std::unordered_map<const std::uint8_t*, std::weak_ptr<Content>> byPixels_;
     std::vector<Ranked> ranked_; // nearest first
     bool isStale_ = false;
-    std::vector<Step> garbage_;
+    std::vector<std::vector<Step>> garbage_;
     std::uint64_t lastOrder_ = 0;
     Clock::time_point spillAfter_{};
     Clock::time_point workAfter_{};
