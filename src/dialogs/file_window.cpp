@@ -3,8 +3,11 @@
 #include <QComboBox>
 #include <QDir>
 #include <QFileInfo>
+#include <QHeaderView>
 #include <QLineEdit>
+#include <QSplitter>
 #include <QStandardPaths>
+#include <QTreeView>
 #include <QUrl>
 
 #include "dialogs/look.h"
@@ -47,6 +50,7 @@ FileWindow::FileWindow(const engine::FileRequest& request, const QString& folder
         connect(types_, &QComboBox::activated, this, &FileWindow::followRow);
     }
     offerFolders();
+    arrange();
     start(folder);
     applySkin(this, QString());
 }
@@ -58,6 +62,20 @@ void FileWindow::start(const QString& folder) {
     if (first.isEmpty()) first = folder;
     setDirectory(QFileInfo(first).isDir() ? first : picturesFolder());
     if (!request_.fileName.isEmpty()) selectFile(proposed.fileName());
+}
+
+// Room for the side bar's names and for whole dates.
+void FileWindow::arrange() {
+    constexpr int sideBar = 150;
+    constexpr int dateColumn = 170;
+    resize(880, 560);
+    if (auto* splitter = findChild<QSplitter*>(QStringLiteral("splitter")))
+        splitter->setSizes({sideBar, width() - sideBar});
+    if (auto* details = findChild<QTreeView*>(QStringLiteral("treeView"))) {
+        QHeaderView* header = details->header();
+        header->resizeSection(header->count() - 1, dateColumn);
+        header->resizeSection(0, 300);
+    }
 }
 
 // Qt's side bar begins with two places; a bar that the user has filled is left as it is.

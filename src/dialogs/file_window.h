@@ -29,6 +29,7 @@ class FileWindow : public QFileDialog {
   private:
     void start(const QString& folder);
     void offerFolders();
+    void arrange();
     void followRow();
     void followName(const QString& name);
     int row() const;

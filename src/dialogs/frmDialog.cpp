@@ -104,11 +104,7 @@ void frmDialog::AddControl(const QString& label, const QVariant& value, int kind
         control->setObjectName(elementName(groups[kind], row));
         control->setAccessibleName(spoken(label));
         control->show();
-        QWidget* before = rows_.empty() ? nullptr : rows_.back().control;
-        if (before) setTabOrder(before, control);
-        setTabOrder(control, cmdOK_);
     }
-    setTabOrder(cmdOK_, cmdCancel_);
     rows_.push_back({kind, caption.release(), control});
     place();
 }
@@ -211,8 +207,24 @@ void frmDialog::place() {
     setFixedSize(whole.width() + bar, height);
 }
 
+// The keyboard goes through the rows as they stand, then to the buttons.
+void frmDialog::orderFocus() {
+    QWidget* last = nullptr;
+    for (const Row& row : rows_) {
+        if (!row.control) continue;
+        if (last)
+            setTabOrder(last, row.control);
+        else
+            row.control->setFocus(Qt::TabFocusReason);
+        last = row.control;
+    }
+    if (last) setTabOrder(last, cmdOK_);
+    setTabOrder(cmdOK_, cmdCancel_);
+}
+
 void frmDialog::showEvent(QShowEvent* event) {
     place(); // lists have got their items since AddControl
+    orderFocus();
     centreOnOwner(*this);
     QDialog::showEvent(event);
 }

@@ -96,6 +96,7 @@ class frmDialog : public QDialog {
     void changed(int row);
     void makeBottom();
     void place();
+    void orderFocus();
 
     Asking& asking_;
     QScrollArea* scroller_;

@@ -29,8 +29,7 @@ QPixmap splashPicture(const QString& path, qreal devicePixelRatio) {
 }
 
 QIcon applicationIcon() {
-    QIcon icon(QStringLiteral(":/kvn/app/kestrelvane.svg"));
-    // Small sizes have drawings of their own, for which the vector file has too much detail.
+    QIcon icon;
     for (const int size : {16, 22, 24, 32, 48, 64, 128, 256})
         icon.addFile(QStringLiteral(":/kvn/app/kestrelvane-%1.png").arg(size), QSize(size, size));
     return icon;
