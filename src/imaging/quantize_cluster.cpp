@@ -73,6 +73,7 @@ class Assignment {
         : cloud_(cloud), nearest_(cloud.size() + padding), distance_(cloud.size() + padding),
           flat_(std::ranges::all_of(cloud.place[3],
                                     [&](float a) { return a == cloud.place[3][0]; })) {
+        quiet_.threads = threads;
         for (auto& axis : cloud_.place)
             axis.resize(cloud.size() + padding);
     }
@@ -145,13 +146,12 @@ class Assignment {
 
 } // namespace
 
-void refineCenters(const Cloud& cloud, std::vector<Center>& centers, Task& task) {
-    constexpr int mostRounds = 24;
+void refineCenters(const Cloud& cloud, std::vector<Center>& centers, int rounds, Task& task) {
     constexpr double leastGain = 0.002;
     Assignment assignment(cloud, task.threads);
     double before = assignment.search(centers);
-    for (int round = 0; round < mostRounds; ++round) {
-        task.report(static_cast<double>(round) / mostRounds);
+    for (int round = 0; round < rounds; ++round) {
+        task.report(static_cast<double>(round) / rounds);
         assignment.moveToMeans(centers);
         const double after = assignment.search(centers);
         if (after > before * (1 - leastGain)) break;

@@ -32,8 +32,8 @@ using Center = std::array<double, Cloud::axes>;
 std::vector<Center> cutCloud(const Cloud& cloud, std::size_t count);
 
 // Moves the centres to the means of the points nearest to each, again and again, until that
-// gains little (S. Lloyd 1982). Centres that no point is near to are set where the error is
-// largest.
-void refineCenters(const Cloud& cloud, std::vector<Center>& centers, Task& task);
+// gains little, or `rounds` times (S. Lloyd 1982). Centres that no point is near to are set where
+// the error is largest.
+void refineCenters(const Cloud& cloud, std::vector<Center>& centers, int rounds, Task& task);
 
 } // namespace kvn::imaging

@@ -127,6 +127,32 @@ Cloud cloudOf(const Histogram& histogram) {
     return cloud;
 }
 
+// Pixels spread evenly over the picture, each a point of its own.
+Cloud sampleOf(const Raster& source, bool withAlpha) {
+    constexpr std::int64_t wanted = 1 << 18;
+    const std::int64_t pixels = std::int64_t{source.width()} * source.height();
+    const auto step = std::max(std::int64_t{1}, pixels / wanted);
+    const RowReader reader(source, ImageType::Rgba32);
+    std::vector<std::uint8_t> row(static_cast<std::size_t>(source.width()) * 4);
+    Cloud cloud;
+    int loaded = -1;
+    for (std::int64_t i = 0; i < pixels; i += step) {
+        const int y = static_cast<int>(i / source.width());
+        if (y != loaded) {
+            reader.read(y, row.data());
+            loaded = y;
+        }
+        const std::uint8_t* p = row.data() + i % source.width() * 4;
+        const Spot spot = spotOf({p[0], p[1], p[2], withAlpha ? p[3] : std::uint8_t{255}});
+        std::array<float, Cloud::axes> place;
+        for (std::size_t k = 0; k < place.size(); ++k)
+            place[k] = static_cast<float>(spot[k] * Cloud::stepsPerLevel);
+        if (!withAlpha) place[3] = 0;
+        cloud.add(place, 1);
+    }
+    return cloud;
+}
+
 bool isOpaque(const Raster& source, Task& task) {
     if (!hasAlpha(source.type())) return true;
     const RowReader reader(source, ImageType::Rgba32);
@@ -193,7 +219,10 @@ Palette choosePalette(const Raster& source, int colors, bool withAlpha, Task& ta
     }();
     std::vector<Center> centers = cutCloud(cloud, static_cast<std::size_t>(colors));
     const Task::Stage stage(task, 0.6, 1);
-    refineCenters(cloud, centers, task);
+    refineCenters(cloud, centers, 10, task);
+    // The histogram's cells are as large as the gaps of a fine palette: whole pixels decide the
+    // last levels.
+    refineCenters(sampleOf(source, withAlpha), centers, 3, task);
     std::vector<Rgba> entries;
     for (const Center& center : centers)
         entries.push_back(colorOf(center, Cloud::stepsPerLevel, withAlpha));
