@@ -7,6 +7,7 @@
 
 #include <opencv2/imgproc.hpp>
 
+#include "imaging/codecs/blacken.h"
 #include "imaging/codecs/bmp_rle.h"
 
 namespace kvn::imaging {
@@ -139,23 +140,6 @@ int rasterRow(const BmpHeader& header, int y) {
     return header.topDown ? y : header.height - 1 - y;
 }
 
-// The first `size` bytes of the row as black (or what comes nearest in the palette).
-void blackenRow(std::uint8_t* row, const Raster& raster) {
-    int value = 0;
-    if (hasPalette(raster.type()) && !raster.palette().isEmpty())
-        value = raster.palette().nearest({0, 0, 0, 255});
-    if (raster.type() == ImageType::Bit1) value *= 0xff;
-    std::memset(row, value, raster.rowBytes());
-    if (raster.type() != ImageType::Rgba32) return;
-    for (int x = 0; x < raster.width(); ++x)
-        row[4 * x + 3] = 255;
-}
-
-void blackenRows(const BmpHeader& header, int from, const View& view, const Raster& raster) {
-    for (int y = from; y < header.height; ++y)
-        blackenRow(view.row(rasterRow(header, y)), raster);
-}
-
 int readPlainRows(const BmpHeader& header, const View& view, ImageType type, Task& task) {
     const std::size_t stride = fileRowBytes(header);
     const std::size_t payload = (std::size_t(header.width) * std::size_t(header.bits) + 7) / 8;
@@ -194,9 +178,10 @@ Raster readBmpPixels(const BmpHeader& header, ImageType type, Task& task,
         rows = unpackBmpRuns(header.pixels, header.bits, header.topDown, view);
     }
     if (rows < header.height) {
-        blackenRows(header, rows, view, raster);
-        warnings.push_back("The BMP file is cut off: " + std::to_string(header.height - rows) +
-                           " of " + std::to_string(header.height) + " rows are missing.");
+        const int missing = header.height - rows;
+        blacken(view, raster.palette(), {0, header.topDown ? rows : 0, header.width, missing});
+        warnings.push_back("The BMP file is cut off: " + std::to_string(missing) + " of " +
+                           std::to_string(header.height) + " rows are missing.");
     }
     return raster;
 }

@@ -1,0 +1,159 @@
+#include "imaging/codecs/tiff_exif.h"
+
+#include <algorithm>
+#include <array>
+
+namespace kvn::imaging {
+
+namespace {
+
+constexpr std::uint16_t cameraTag = 34665, positionTag = 34853, interoperabilityTag = 40965;
+
+bool isPointer(std::uint16_t tag) {
+    return tag == cameraTag || tag == positionTag || tag == interoperabilityTag;
+}
+
+// Of a page's own directory. Those of type text go back into a TIFF page.
+constexpr std::array<std::uint16_t, 7> textTags{271,           // maker
+                                                272,           // model
+                                                305,           // program
+                                                306,           // time
+                                                315,           // artist
+                                                316,           // computer
+                                                33432};        // copyright
+constexpr std::array<std::uint16_t, 7> otherTags{18246, 18249, // rating
+                                                 40091, 40092, 40093,
+                                                 40094, 40095}; // title, comment, author, ...
+
+bool isCarried(std::uint16_t tag) {
+    return std::ranges::find(textTags, tag) != textTags.end() ||
+           std::ranges::find(otherTags, tag) != otherTags.end();
+}
+
+// Lays directories out one behind the other.
+class Layout {
+  public:
+    Layout(const TiffStructure& source, std::uint32_t position, bool bigEndian)
+        : source_(source), position_(position), bigEndian_(bigEndian) {}
+
+    const Bytes& bytes() const { return bytes_; }
+    Bytes& bytes() { return bytes_; }
+
+    void put(std::size_t at, std::uint32_t value, int size) {
+        for (int i = 0; i < size; ++i) {
+            const int shift = 8 * (bigEndian_ ? size - 1 - i : i);
+            bytes_[at + static_cast<std::size_t>(i)] = static_cast<std::uint8_t>(value >> shift);
+        }
+    }
+
+    // Returns where it stands in the new file. `depth` ends loops of pointers.
+    std::uint32_t add(const std::vector<TiffEntry>& entries, int depth) {
+        if (bytes_.size() % 2 != 0) bytes_.push_back(0);
+        const std::size_t start = bytes_.size();
+        std::vector<const TiffEntry*> kept;
+        for (const TiffEntry& entry : entries)
+            if (isKept(entry, depth)) kept.push_back(&entry);
+        bytes_.resize(start + 2 + 12 * kept.size() + 4);
+        put(start, static_cast<std::uint32_t>(kept.size()), 2);
+        for (std::size_t i = 0; i < kept.size(); ++i)
+            addEntry(start + 2 + 12 * i, *kept[i], depth);
+        return position_ + static_cast<std::uint32_t>(start);
+    }
+
+  private:
+    bool isKept(const TiffEntry& entry, int depth) const {
+        // No camera writes as much: a broken count.
+        constexpr std::size_t mostBytes = 16 << 20;
+        if (isPointer(entry.tag)) return depth > 0 && target(entry).has_value();
+        return !entry.value.empty() && entry.value.size() <= mostBytes && entry.type <= 13;
+    }
+
+    std::optional<TiffDirectory> target(const TiffEntry& entry) const {
+        return source_.directory(source_.number(entry));
+    }
+
+    void addEntry(std::size_t at, const TiffEntry& entry, int depth) {
+        put(at, entry.tag, 2);
+        if (isPointer(entry.tag)) {
+            const std::uint32_t place = add(target(entry)->entries, depth - 1);
+            put(at + 2, 4, 2);
+            put(at + 4, 1, 4);
+            put(at + 8, place, 4);
+            return;
+        }
+        put(at + 2, entry.type, 2);
+        put(at + 4, static_cast<std::uint32_t>(entry.count), 4);
+        const Bytes value = turned(entry);
+        if (value.size() <= 4) {
+            std::ranges::copy(value, bytes_.begin() + static_cast<std::ptrdiff_t>(at + 8));
+            return;
+        }
+        if (bytes_.size() % 2 != 0) bytes_.push_back(0);
+        put(at + 8, position_ + static_cast<std::uint32_t>(bytes_.size()), 4);
+        bytes_.insert(bytes_.end(), value.begin(), value.end());
+    }
+
+    // The value in the new file's byte order. A fraction is two numbers.
+    Bytes turned(const TiffEntry& entry) const {
+        Bytes value(entry.value.begin(), entry.value.end());
+        constexpr std::uint16_t fraction = 5, signedFraction = 10;
+        const bool halves = entry.type == fraction || entry.type == signedFraction;
+        const std::ptrdiff_t size = halves ? 4 : tiffTypeSize(entry.type);
+        if (source_.bigEndian() == bigEndian_ || size < 2) return value;
+        for (auto at = value.begin(); value.end() - at >= size; at += size)
+            std::reverse(at, at + size);
+        return value;
+    }
+
+    const TiffStructure& source_;
+    std::uint32_t position_;
+    bool bigEndian_;
+    Bytes bytes_;
+};
+
+constexpr int pointerDepth = 2;
+
+} // namespace
+
+Bytes exifOfTiffPage(const TiffStructure& file, const TiffDirectory& page) {
+    std::vector<TiffEntry> entries;
+    for (const TiffEntry& entry : page.entries)
+        if (isCarried(entry.tag) || entry.tag == cameraTag || entry.tag == positionTag)
+            entries.push_back(entry);
+    if (entries.empty()) return {};
+    Layout layout(file, 0, file.bigEndian());
+    layout.bytes().resize(8);
+    layout.bytes()[0] = layout.bytes()[1] = file.bigEndian() ? 'M' : 'I';
+    layout.put(2, 42, 2);
+    layout.put(4, 8, 4);
+    layout.add(entries, pointerDepth);
+    return std::move(layout.bytes());
+}
+
+PlacedExif placeExif(const Bytes& exif, std::uint32_t position, bool bigEndian) {
+    PlacedExif placed;
+    if (!TiffStructure::recognises(exif)) return placed;
+    const TiffStructure block(exif);
+    const std::optional<TiffDirectory> main = block.directory(block.first());
+    if (!main) return placed;
+    Layout layout(block, position, bigEndian);
+    const auto place = [&](std::uint16_t tag) -> std::uint32_t {
+        const TiffEntry* entry = main->find(tag);
+        const auto target =
+            entry ? block.directory(block.number(*entry)) : std::optional<TiffDirectory>{};
+        return target ? layout.add(target->entries, pointerDepth - 1) : 0;
+    };
+    placed.camera = place(cameraTag);
+    placed.position = place(positionTag);
+    for (const std::uint16_t tag : textTags)
+        if (const TiffEntry* entry = main->find(tag); entry && entry->type == 2)
+            placed.texts.emplace_back(tag, TiffStructure::text(*entry));
+    placed.bytes = std::move(layout.bytes());
+    return placed;
+}
+
+bool isBigEndianExif(const Bytes& exif) {
+    return TiffStructure::recognises(exif) && exif[0] == 'M';
+}
+
+} // namespace kvn::imaging

@@ -1,0 +1,33 @@
+// EXIF blocks in and out of TIFF files, where they are not a block but directories among others.
+//
+// Carried are the camera's and the position's directories whole, and of the page's own one what
+// names camera, program, time and people. Values that hold offsets of their own into the old file
+// (some maker notes) are copied as they are.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "imaging/codecs/tiff_structure.h"
+#include "imaging/metadata.h"
+
+namespace kvn::imaging {
+
+// The EXIF block for the page whose directory stands there; empty if the page has nothing of it.
+Bytes exifOfTiffPage(const TiffStructure& file, const TiffDirectory& page);
+
+// The same directories, laid out to stand at `position` of a classic file.
+struct PlacedExif {
+    Bytes bytes;
+    std::uint32_t camera = 0; // where the directories stand in the file, 0 if there is none
+    std::uint32_t position = 0;
+    std::vector<std::pair<std::uint16_t, std::string>> texts; // for the page's own directory
+};
+PlacedExif placeExif(const Bytes& exif, std::uint32_t position, bool bigEndian);
+
+bool isBigEndianExif(const Bytes& exif);
+
+} // namespace kvn::imaging
