@@ -78,9 +78,13 @@ void LookStyle::drawTitleBar(const QStyleOptionTitleBar& bar, QPainter& painter,
                      lookColor(active ? QStringLiteral("button") : QStringLiteral("panel")));
     painter.setPen(lookColor(QStringLiteral("line")));
     painter.drawLine(bar.rect.bottomLeft(), bar.rect.bottomRight());
-    if (!bar.icon.isNull())
-        bar.icon.paint(&painter,
-                       proxy()->subControlRect(CC_TitleBar, &bar, SC_TitleBarSysMenu, widget));
+    if (!bar.icon.isNull()) {
+        constexpr int side = 16;
+        QRect place(0, 0, side, side);
+        place.moveCenter(
+            proxy()->subControlRect(CC_TitleBar, &bar, SC_TitleBarSysMenu, widget).center());
+        bar.icon.paint(&painter, place);
+    }
     const QRect label = proxy()->subControlRect(CC_TitleBar, &bar, SC_TitleBarLabel, widget);
     painter.setPen(lookColor(active ? QStringLiteral("text") : QStringLiteral("dim")));
     painter.drawText(label.adjusted(4, 0, -4, 0), Qt::AlignVCenter | Qt::TextSingleLine,
