@@ -1,15 +1,18 @@
 // Drawing a picture with a given palette.
 
 #include <algorithm>
+#include <cmath>
+#include <limits>
 #include <vector>
 
 #include "basic/error.h"
 #include "imaging/convert_rows.h"
 #include "imaging/quantize.h"
 #include "imaging/quantize_colors.h"
-#include "imaging/quantize_diffusion.h"
 #include "imaging/quantize_metric.h"
 #include "imaging/quantize_nearest.h"
+#include "imaging/quantize_rows.h"
+#include "imaging/quantize_store.h"
 
 namespace kvn::imaging {
 
@@ -38,25 +41,34 @@ class PaletteIndex {
 
 // Rows of the source made ready for the search: places in the metric, and the entries of the
 // colours that stand in the palette.
-class PreparedRow {
-  public:
-    PreparedRow(const RowReader& reader, const PaletteIndex& exact, int width, bool withAlpha)
-        : reader_(reader), exact_(exact), spots(static_cast<std::size_t>(width) * 4),
-          fixed(static_cast<std::size_t>(width)), withAlpha_(withAlpha) {}
+struct PreparedRow {
+    explicit PreparedRow(int width)
+        : spots(static_cast<std::size_t>(width) * 4), fixed(static_cast<std::size_t>(width)) {}
 
-    void read(int y) {
-        reader_.read(y, spots.data());
-        std::uint8_t* p = spots.data();
+    std::vector<std::uint8_t> spots;
+    std::vector<std::int16_t> fixed;
+};
+
+class Mapping {
+  public:
+    Mapping(const Raster& source, const Palette& palette)
+        : reader_(source, ImageType::Rgba32), palette_(palette), exact_(palette),
+          withAlpha_(palette.hasTransparency()) {}
+
+    NearestColors search() const { return {palette_, withAlpha_}; }
+
+    void prepare(int y, PreparedRow& row) const {
+        reader_.read(y, row.spots.data());
+        std::uint8_t* p = row.spots.data();
         std::uint32_t last = 0;
         std::int16_t entry = exact_.find(last);
-        for (std::int16_t& place : fixed) {
-            Rgba color{p[0], p[1], p[2], p[3]};
-            if (!withAlpha_) color.a = 255;
+        for (std::int16_t& fixed : row.fixed) {
+            const Rgba color{p[0], p[1], p[2], withAlpha_ ? p[3] : std::uint8_t{255}};
             if (packed(color) != last) {
                 last = packed(color);
                 entry = exact_.find(last);
             }
-            place = entry;
+            fixed = entry;
             const Spot spot = spotOf(color);
             for (std::size_t k = 0; k < 4; ++k)
                 p[k] = static_cast<std::uint8_t>(spot[k]);
@@ -65,76 +77,89 @@ class PreparedRow {
     }
 
   private:
-    const RowReader& reader_;
-    const PaletteIndex& exact_;
-
-  public:
-    std::vector<std::uint8_t> spots;
-    std::vector<std::int16_t> fixed;
-
-  private:
+    RowReader reader_;
+    const Palette& palette_;
+    PaletteIndex exact_;
     bool withAlpha_;
 };
 
+// How far an entry is from its next neighbour, on average, in levels.
+double spacingOf(const std::vector<Spot>& entries) {
+    double sum = 0;
+    for (const Spot& entry : entries) {
+        double least = 255.0 * 255 * 4;
+        for (const Spot& other : entries) {
+            double distance = 0;
+            for (std::size_t k = 0; k < 4; ++k)
+                distance += static_cast<double>(entry[k] - other[k]) * (entry[k] - other[k]);
+            if (distance > 0) least = std::min(least, distance);
+        }
+        sum += std::sqrt(least);
+    }
+    return sum / static_cast<double>(entries.size());
+}
+
+// From three quarters for palettes made for the picture to nearly all for a handful of colours.
+int strengthFor(double spacing) {
+    return std::clamp(static_cast<int>(12 + (spacing - 48) / 16), 12, 15);
+}
+
 // Error diffusion is serial by nature. Large pictures are cut into strips of fixed height, so
-// that the pixels do not depend on the number of threads; each strip starts some rows early and
-// throws those away, by when its errors are as those of any other row. Where the palette is
-// small and the pattern coarse, a seam might show, so such pictures stay whole.
+// that the pixels do not depend on the number of threads. Each strip starts some rows early and
+// throws those away, by when its errors are as those of any other row. Where the pattern is
+// coarse a seam might show even so, and the picture stays whole.
 constexpr int stripRows = 256;
 constexpr int leadRows = 16;
-constexpr int leastForStrips = 32; // palette entries
+constexpr double coarseSpacing = 64;
 
-struct Job {
-    const RowReader& reader;
-    const PaletteIndex& exact;
-    const NearestColors& nearest;
-    const View& to;
-    bool withAlpha;
-};
-
-void diffuse(const Job& job, int y0, int y1, Task* task) {
-    const int start = std::max(0, y0 - leadRows);
-    PreparedRow row(job.reader, job.exact, job.to.width, job.withAlpha);
-    std::vector<std::uint8_t> dropped(static_cast<std::size_t>(job.to.width));
-    Diffusion diffusion(job.nearest, job.to.width, start % 2 != 0);
+void diffuse(const Mapping& mapping, Diffusion& diffusion, const View& to, int start, int y0,
+             int y1, Task* task) {
+    PreparedRow row(to.width);
+    std::vector<std::uint8_t> dropped(static_cast<std::size_t>(to.width));
     for (int y = start; y < y1; ++y) {
         if (task && y % 16 == 0) task->report(static_cast<double>(y) / y1);
-        row.read(y);
-        diffusion.row(row.spots.data(), row.fixed.data(), y < y0 ? dropped.data() : job.to.row(y));
+        mapping.prepare(y, row);
+        diffusion.row(row.spots.data(), row.fixed.data(), y < y0 ? dropped.data() : to.row(y));
     }
 }
 
-void mapDithered(const Job& job, int entries, Task& task) {
-    const int height = job.to.height;
-    const int strips = entries < leastForStrips ? 1 : std::max(1, height / stripRows);
+void mapDithered(const Mapping& mapping, const View& to, Task& task) {
+    NearestColors first = mapping.search();
+    const double spacing = spacingOf(first.entries());
+    const int strength = strengthFor(spacing);
+    const int strips = spacing > coarseSpacing ? 1 : std::max(1, to.height / stripRows);
     if (strips == 1) {
-        diffuse(job, 0, height, &task);
+        Diffusion diffusion(first, to.width, strength, false);
+        diffuse(mapping, diffusion, to, 0, 0, to.height, &task);
         return;
     }
-    const auto first = [&](int strip) {
-        return static_cast<int>(std::int64_t{strip} * height / strips);
+    const auto top = [&](int strip) {
+        return static_cast<int>(std::int64_t{strip} * to.height / strips);
+    };
+    Store<NearestColors> searches;
+    const auto strip = [&](int s) {
+        const auto colors = searches.borrow([&] { return mapping.search(); });
+        const int start = std::max(0, top(s) - leadRows);
+        Diffusion diffusion(*colors, to.width, strength, start % 2 != 0);
+        diffuse(mapping, diffusion, to, start, top(s), top(s + 1), nullptr);
     };
     parallelRows(
         strips, task,
         [&](int s0, int s1) {
             for (int s = s0; s < s1; ++s)
-                diffuse(job, first(s), first(s + 1), nullptr);
+                strip(s);
         },
         1);
 }
 
-void mapNearest(const Job& job, Task& task) {
-    parallelRows(job.to.height, task, [&](int y0, int y1) {
-        PreparedRow row(job.reader, job.exact, job.to.width, job.withAlpha);
+void mapNearest(const Mapping& mapping, const View& to, Task& task) {
+    Store<NearestColors> searches;
+    parallelRows(to.height, task, [&](int y0, int y1) {
+        const auto colors = searches.borrow([&] { return mapping.search(); });
+        PreparedRow row(to.width);
         for (int y = y0; y < y1; ++y) {
-            row.read(y);
-            std::uint8_t* target = job.to.row(y);
-            const std::uint8_t* p = row.spots.data();
-            for (const std::int16_t entry : row.fixed) {
-                const Spot spot{p[0], p[1], p[2], p[3]};
-                *target++ = static_cast<std::uint8_t>(entry >= 0 ? entry : job.nearest.find(spot));
-                p += 4;
-            }
+            mapping.prepare(y, row);
+            nearestRow(*colors, row.spots.data(), row.fixed.data(), to.row(y), to.width);
         }
     });
 }
@@ -145,19 +170,16 @@ Raster mapToPalette(const Raster& source, const Palette& palette, bool dither, T
     if (source.isEmpty()) throw RuntimeError(errors::invalidCall, "There is no picture", "Imaging");
     if (palette.isEmpty())
         throw RuntimeError(errors::invalidCall, "The palette is empty", "Imaging");
-    const bool withAlpha = palette.hasTransparency();
-    const ImageType type = withAlpha ? ImageType::Indexed8Alpha : ImageType::Indexed8;
+    const ImageType type =
+        palette.hasTransparency() ? ImageType::Indexed8Alpha : ImageType::Indexed8;
     Raster result = Raster::uninitialized(type, source.width(), source.height());
     result.setPalette(palette);
-    const PaletteIndex exact(palette);
-    const NearestColors nearest(palette, withAlpha, task.threads);
+    const Mapping mapping(source, palette);
     const View to = result.edit();
-    const RowReader reader(source, ImageType::Rgba32);
-    const Job job{reader, exact, nearest, to, withAlpha};
     if (dither)
-        mapDithered(job, static_cast<int>(palette.size()), task);
+        mapDithered(mapping, to, task);
     else
-        mapNearest(job, task);
+        mapNearest(mapping, to, task);
     return result;
 }
 

@@ -7,17 +7,16 @@
 
 #include "imaging/palette.h"
 #include "imaging/quantize_metric.h"
-#include "imaging/task.h"
 
 namespace kvn::imaging {
 
-// The space is cut into cells. For each cell stand the entries that are nearest to some point of
-// it; a search looks at those only. An entry belongs to a cell unless another one is nearer to
-// all of it (S. W. Thomas, "Efficient inverse color map computation", 1991).
+// The space is cut into cells. To each cell belong the entries that are nearest to some point of
+// it, and a search looks at those only (S. W. Thomas, "Efficient inverse color map computation",
+// 1991). Cells are filled when first visited, so each thread has a NearestColors of its own.
 class NearestColors {
   public:
-    // Entries a block: searched together. Unused places repeat the first entry.
-    static constexpr int blockSize = 8;
+    // Entries that are searched together. Unused places repeat the first entry.
+    static constexpr std::size_t blockSize = 8;
     struct Block {
         std::array<std::array<std::int16_t, blockSize>, 4> channel;
         std::array<std::int16_t, blockSize> entry;
@@ -28,39 +27,41 @@ class NearestColors {
     };
 
     // Without alpha every entry counts as opaque. The palette may not be empty.
-    NearestColors(const Palette& palette, bool withAlpha, int threads);
+    NearestColors(const Palette& palette, bool withAlpha);
 
-    Blocks blocksAt(const Spot& spot) const { return blocksOf(cellOf(spot)); }
-    // The entry with the smallest distance, the lowest of several.
-    int find(const Spot& spot) const;
-    int size() const { return static_cast<int>(entries_.size()); }
-    const Spot& spot(int entry) const { return entries_[static_cast<std::size_t>(entry)]; }
+    // What is to be searched for the colour; valid until the next call. One block at least.
+    Blocks blocksAt(const Spot& spot) {
+        Cell& cell = cells_[numberOf(spot, cellBits_)];
+        if (cell.count == 0) fill(cell, spot);
+        const Block* begin = blocks_.data() + cell.start;
+        return {begin, begin + cell.count};
+    }
+    const std::vector<Spot>& entries() const { return entries_; }
 
   private:
     struct Cell {
-        Spot low, high; // both included
+        std::uint32_t start = 0;
+        std::uint32_t count = 0; // 0: not yet filled
     };
     using Entries = std::vector<std::int16_t>;
 
-    std::size_t cellOf(const Spot& spot) const {
-        std::size_t cell = 0;
+    std::size_t numberOf(const Spot& spot, int bits) const {
+        std::size_t number = 0;
         for (std::size_t k = 0; k < axes_; ++k)
-            cell = cell << bits_ | static_cast<std::size_t>(spot[k] >> (8 - bits_));
-        return cell;
+            number = number << bits | static_cast<std::size_t>(spot[k] >> (8 - bits));
+        return number;
     }
-    Blocks blocksOf(std::size_t cell) const {
-        return {blocks_.data() + starts_[cell], blocks_.data() + starts_[cell + 1]};
-    }
-    Cell boundsOf(std::size_t cell, std::size_t bits) const;
-    void fillRegion(std::size_t region, std::vector<std::vector<Block>>& found) const;
-    Entries candidates(const Cell& cell, const Entries& from) const;
-    std::vector<Block> blocksFor(const Entries& entries) const;
+    void fill(Cell& cell, const Spot& spot);
+    Entries candidates(const Spot& spot, int bits, const Entries& from) const;
 
     std::vector<Spot> entries_;
     std::size_t axes_;
-    std::size_t bits_; // of a cell's number, an axis
-    std::vector<std::uint32_t> starts_;
+    int cellBits_; // an axis
+    std::vector<Cell> cells_;
     std::vector<Block> blocks_;
+    // The candidates of larger cells, from which those of the cells are taken.
+    int regionBits_;
+    std::vector<Entries> regions_;
 };
 
 } // namespace kvn::imaging

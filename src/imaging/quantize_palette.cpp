@@ -3,8 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cmath>
-#include <memory>
-#include <mutex>
+#include <span>
 #include <tuple>
 #include <utility>
 #include <vector>
@@ -15,6 +14,7 @@
 #include "imaging/quantize_cluster.h"
 #include "imaging/quantize_colors.h"
 #include "imaging/quantize_metric.h"
+#include "imaging/quantize_store.h"
 
 namespace kvn::imaging {
 
@@ -56,48 +56,25 @@ void countRow(const std::uint8_t* row, int start, int step, int width, Histogram
     }
 }
 
-// As many histograms as threads come for one.
-class HistogramPool {
-  public:
-    explicit HistogramPool(std::size_t bins) : bins_(bins) {}
-
-    std::unique_ptr<Histogram> take() {
-        const std::lock_guard lock(mutex_);
-        if (free_.empty()) return std::make_unique<Histogram>(bins_);
-        auto histogram = std::move(free_.back());
-        free_.pop_back();
-        return histogram;
-    }
-    void give(std::unique_ptr<Histogram> histogram) {
-        const std::lock_guard lock(mutex_);
-        free_.push_back(std::move(histogram));
-    }
-    // After all are back.
-    Histogram sum() {
-        Histogram total = std::move(*free_.back());
-        free_.pop_back();
-        for (const auto& part : free_)
-            for (std::size_t i = 0; i < bins_; ++i) {
-                total[i].count += (*part)[i].count;
-                for (std::size_t k = 0; k < 4; ++k)
-                    total[i].sum[k] += (*part)[i].sum[k];
-            }
-        return total;
-    }
-
-  private:
-    std::size_t bins_;
-    std::mutex mutex_;
-    std::vector<std::unique_ptr<Histogram>> free_;
-};
+Histogram sumOf(Store<Histogram>& parts) {
+    Histogram total = std::move(*parts.objects().front());
+    for (const auto& part : std::span(parts.objects()).subspan(1))
+        for (std::size_t i = 0; i < total.size(); ++i) {
+            total[i].count += (*part)[i].count;
+            for (std::size_t k = 0; k < 4; ++k)
+                total[i].sum[k] += (*part)[i].sum[k];
+        }
+    return total;
+}
 
 Histogram histogramOf(const Raster& source, bool withAlpha, Task& task) {
     const std::int64_t pixels = std::int64_t{source.width()} * source.height();
     const int step = static_cast<int>((pixels + mostSamples - 1) / mostSamples);
     const RowReader reader(source, ImageType::Rgba32);
-    HistogramPool pool(std::size_t{1} << (withAlpha ? alphaBins : opaqueBins).total());
+    const std::size_t bins = std::size_t{1} << (withAlpha ? alphaBins : opaqueBins).total();
+    Store<Histogram> parts;
     parallelRows(source.height(), task, [&](int y0, int y1) {
-        auto histogram = pool.take();
+        const auto histogram = parts.borrow([&] { return Histogram(bins); });
         std::vector<std::uint8_t> row(static_cast<std::size_t>(source.width()) * 4);
         for (int y = y0; y < y1; ++y) {
             reader.read(y, row.data());
@@ -108,9 +85,8 @@ Histogram histogramOf(const Raster& source, bool withAlpha, Task& task) {
             else
                 countRow<false>(row.data(), start, step, source.width(), *histogram);
         }
-        pool.give(std::move(histogram));
     });
-    return pool.sum();
+    return sumOf(parts);
 }
 
 Cloud cloudOf(const Histogram& histogram) {
