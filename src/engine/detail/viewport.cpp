@@ -101,8 +101,7 @@ Rect Viewport::onCanvas(const Rect& rect) const {
 bool Viewport::setZoom(double zoom, RealPoint anchor) {
     zoom = std::isnan(zoom) ? zoom_ : std::clamp(zoom, smallestZoom, largestZoom);
     if (zoom == zoom_) return false;
-    const RealPoint image =
-        held_ && held_->anchor == anchor ? held_->image : imagePoint(anchor);
+    const RealPoint image = held_ && held_->anchor == anchor ? held_->image : imagePoint(anchor);
     zoom_ = zoom;
     arrange();
     moveTo(std::llround(image.x * zoom - anchor.x), std::llround(image.y * zoom - anchor.y));
@@ -115,7 +114,8 @@ double Viewport::fittingZoom(int kind) const {
     const auto [w, h] = picture_;
     double zoom = zoom_;
     if (kind == 1)
-        zoom = std::min(static_cast<double>(full_.width) / w, static_cast<double>(full_.height) / h);
+        zoom =
+            std::min(static_cast<double>(full_.width) / w, static_cast<double>(full_.height) / h);
     else if (kind == 2)
         zoom = filledZoom(w, full_.width, h, full_.height, barThickness_);
     else if (kind == 3)
@@ -123,10 +123,13 @@ double Viewport::fittingZoom(int kind) const {
     return std::clamp(zoom, smallestZoom, largestZoom);
 }
 
-bool Viewport::zoomTo(const Rect& box) {
+bool Viewport::zoomTo(const Rect& box, double largest) {
     if (box.isEmpty() || full_.isEmpty()) return false;
-    const double zoom = std::min(static_cast<double>(canvas_.width) / box.width,
-                                 static_cast<double>(canvas_.height) / box.height);
+    const auto fitting = [this](int room, int length) {
+        return static_cast<double>(std::max(1, room - barThickness_)) / length;
+    };
+    const double zoom =
+        std::min({fitting(full_.width, box.width), fitting(full_.height, box.height), largest});
     const bool changed = setZoom(zoom, {0, 0});
     held_.reset();
     const double x = box.x + box.width / 2.0, y = box.y + box.height / 2.0;

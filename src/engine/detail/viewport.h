@@ -33,8 +33,8 @@ class Viewport {
     // The zoom at which the picture just fits: 1 whole, 2 in width, 3 in height, with room for the
     // scroll bar that the other axis may then need. The present one without a picture.
     double fittingZoom(int kind) const;
-    // Shows `box`, in image pixels, as large as the canvas lets it, in the middle.
-    bool zoomTo(const imaging::Rect& box);
+    // Shows `box`, in image pixels, in the middle and as large as the canvas and `largest` let it.
+    bool zoomTo(const imaging::Rect& box, double largest);
 
     bool needsBarAcross() const { return barAcross_; } // the horizontal one
     bool needsBarDown() const { return barDown_; }
