@@ -9,5 +9,6 @@
 namespace kvn::imaging {
 
 std::span<const Operation* const> basicGeometryOperations(); // Crop, Flip, ResizeCanvas
+std::span<const Operation* const> toneOperations();          // curves of the colour channels
 
 } // namespace kvn::imaging
