@@ -213,8 +213,17 @@ void MDIMain::dragEnterEvent(QDragEnterEvent* event) {
 void MDIMain::dropEvent(QDropEvent* event) {
     const QStringList paths = localFiles(*event->mimeData());
     event->acceptProposedAction();
-    // Later: whoever dropped the files waits for this event, and a question may come up.
+    openLater(paths);
+}
+
+void MDIMain::openLater(const QStringList& paths) {
     QTimer::singleShot(0, this, [this, paths] { document::openFiles(*services_, paths); });
+}
+
+void MDIMain::bringToFront() {
+    if (isMinimized()) setWindowState(windowState() & ~Qt::WindowMinimized);
+    raise();
+    activateWindow();
 }
 
 } // namespace kvn::shell

@@ -45,6 +45,9 @@ class MDIMain : public QMainWindow, public document::FrameRules, public document
 
     // Shows the frame and makes it ready, in a fixed order of steps.
     void load();
+    // Opens files from the event loop: whoever named them is not kept waiting.
+    void openLater(const QStringList& paths);
+    void bringToFront();
 
     void EnDisMenuItems(bool enable) override;
     void ImageMenusEnabled(bool enable) override;

@@ -71,8 +71,9 @@ ColorStrip::ColorStrip(document::ProgramState& state, QWidget* parent)
     row->addWidget(wells_[0]);
     row->addWidget(gradient_);
     row->addWidget(wells_[1]);
-    auto* shift = addButton("ShiftColors", QStringLiteral("Swap colors"), "swap-colors");
-    auto* restore = addButton("RestoreColors", QStringLiteral("Black and white"), "reset-colors");
+    auto* shift = addButton("ShiftColors", QStringLiteral("Swap colors"), "tool-colors-swap");
+    auto* restore =
+        addButton("RestoreColors", QStringLiteral("Black and white"), "tool-colors-reset");
     row->addWidget(shift);
     row->addWidget(restore);
     connect(gradient_, &GradientStrip::picked, this, &ColorStrip::setSelColor);

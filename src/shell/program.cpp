@@ -14,6 +14,7 @@
 #include "shell/MDIMain.h"
 #include "shell/application.h"
 #include "shell/beside_program.h"
+#include "shell/desktop_service.h"
 #include "shell/frmSplash.h"
 #include "shell/version.h"
 
@@ -22,7 +23,7 @@ namespace kvn::shell {
 namespace {
 
 // Name of the desktop entry, which a Wayland desktop takes the icon from.
-const char* const desktopEntry = "org.kestrelvane.Kestrelvane";
+const char* const desktopEntry = "org.kestrelvane.kestrelvane";
 
 constexpr int splashPaintTime = 50; // milliseconds until the splash is surely on the screen
 
@@ -41,6 +42,7 @@ struct Program {
     dialogs::frmProgress progress;
     document::ProgramState state;
     CRegister store;
+    DesktopService desktop;
     std::optional<MDIMain> frame;
 
     Program() {
@@ -63,6 +65,9 @@ struct Program {
     void showFrame() {
         makeFrame();
         frame->load();
+        QObject::connect(&desktop, &DesktopService::activated, &*frame, &MDIMain::bringToFront);
+        QObject::connect(&desktop, &DesktopService::openRequested, &*frame, &MDIMain::openLater);
+        desktop.start();
     }
 };
 
