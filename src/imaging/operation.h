@@ -55,19 +55,19 @@ struct Argument {
     // The documented range, both included; advice, not enforced, unless `enforced`.
     double minimum = 0;
     double maximum = 0;
-    std::string_view unit;  // "px", "%", "degrees", or empty
-    std::string_view note;  // what the value means, one line
-    bool optional = false;  // Nothing is accepted
-    bool enforced = false;  // outside the range: RuntimeError(invalidCall)
+    std::string_view unit; // "px", "%", "degrees", or empty
+    std::string_view note; // what the value means, one line
+    bool optional = false; // Nothing is accepted
+    bool enforced = false; // outside the range: RuntimeError(invalidCall)
 };
 
 enum class AlphaRule {
-    None,          // touches neither colour nor alpha of a pixel (moves, cuts)
-    Weighted,      // colours are mixed in proportion to their alpha
-    ColorOnly,     // alpha is carried over unchanged
-    EveryChannel,  // alpha is treated like a colour channel
-    AlphaOnly,     // colours are carried over unchanged
-    Defines,       // the result's alpha is the operation's own
+    None,         // touches neither colour nor alpha of a pixel (moves, cuts)
+    Weighted,     // colours are mixed in proportion to their alpha
+    ColorOnly,    // alpha is carried over unchanged
+    EveryChannel, // alpha is treated like a colour channel
+    AlphaOnly,    // colours are carried over unchanged
+    Defines,      // the result's alpha is the operation's own
 };
 
 enum class TypeRule {
@@ -99,9 +99,9 @@ class Arguments {
 };
 
 struct Operation {
-    std::string_view name;     // as the contract has it: "Effects.Blur"
-    std::string_view undoName; // "Blur"
-    std::span<const Argument> arguments; // without the undo label
+    std::string_view name;               // as the contract has it: "Effects.Blur"
+    std::string_view undoName;           // "Blur"
+    std::span<const Argument> arguments = {}; // without the undo label
     // The new picture. Reads `source` only; the source stays whole whatever happens.
     Raster (*run)(const Raster& source, const Arguments& arguments, Task& task) = nullptr;
     int border = 0; // pixels around an output pixel that are read; -1: any, or depends
