@@ -33,14 +33,23 @@ std::vector<const Operation*> sortedOperations() {
     return all;
 }
 
+// Built by appending: joining a literal and a string trips a false alarm of gcc 12.
+std::string quoted(const Argument& argument, std::string_view before, std::string_view after) {
+    std::string text(before);
+    text += '"';
+    text += argument.name;
+    text += '"';
+    text += after;
+    return text;
+}
+
 [[noreturn]] void fail(const Operation& operation, std::int32_t number, const std::string& text) {
     const std::string name(operation.name);
     throw RuntimeError(number, name + ": " + text, name);
 }
 
 [[noreturn]] void failKind(const Operation& operation, const Argument& argument) {
-    fail(operation, errors::typeMismatch,
-         "type mismatch in \"" + std::string(argument.name) + "\"");
+    fail(operation, errors::typeMismatch, quoted(argument, "type mismatch in ", ""));
 }
 
 // Numbers and booleans as a real number; a true boolean is -1, as everywhere in the system.
@@ -60,7 +69,7 @@ Value toInteger(const Operation& operation, const Argument& argument, const Valu
     const double rounded = roundHalfEven(numeric(value));
     constexpr double limit = 0x1p63;
     if (!(rounded >= -limit && rounded < limit))
-        fail(operation, errors::overflow, "overflow in \"" + std::string(argument.name) + "\"");
+        fail(operation, errors::overflow, quoted(argument, "overflow in ", ""));
     return static_cast<std::int64_t>(rounded);
 }
 
@@ -68,7 +77,7 @@ Value toNumber(const Operation& operation, const Argument& argument, const Value
     if (!isNumeric(value)) failKind(operation, argument);
     const double number = numeric(value);
     if (!std::isfinite(number))
-        fail(operation, errors::overflow, "overflow in \"" + std::string(argument.name) + "\"");
+        fail(operation, errors::overflow, quoted(argument, "overflow in ", ""));
     return number;
 }
 
@@ -79,14 +88,12 @@ void checkMatrix(const Operation& operation, const Argument& argument, const Mat
             static_cast<std::size_t>(matrix.rows) * static_cast<std::size_t>(matrix.columns) &&
         std::ranges::all_of(matrix.values, [](double v) { return std::isfinite(v); });
     if (!whole)
-        fail(operation, errors::invalidCall,
-             "\"" + std::string(argument.name) + "\" is no whole table of numbers");
+        fail(operation, errors::invalidCall, quoted(argument, "", " is no whole table of numbers"));
 }
 
 void checkImage(const Operation& operation, const Argument& argument, const RasterRef& image) {
     if (!image || image->isEmpty())
-        fail(operation, errors::invalidCall,
-             "\"" + std::string(argument.name) + "\" is no picture");
+        fail(operation, errors::invalidCall, quoted(argument, "", " is no picture"));
 }
 
 template <class T>
@@ -132,8 +139,8 @@ void checkRange(const Operation& operation, const Argument& argument, const Valu
     const double number = numeric(value);
     if (number >= argument.minimum && number <= argument.maximum) return;
     fail(operation, errors::invalidCall,
-         "\"" + std::string(argument.name) + "\" must be from " + numberText(argument.minimum) +
-             " to " + numberText(argument.maximum));
+         quoted(argument, "", " must be from ") + numberText(argument.minimum) + " to " +
+             numberText(argument.maximum));
 }
 
 bool isNone(const Value& value) {
@@ -177,8 +184,7 @@ Arguments checkArguments(const Operation& operation, std::vector<Value> values) 
         const Argument& argument = described[i];
         if (isNone(values[i])) {
             if (!argument.optional)
-                fail(operation, errors::invalidCall,
-                     "\"" + std::string(argument.name) + "\" is missing");
+                fail(operation, errors::invalidCall, quoted(argument, "", " is missing"));
             values[i] = Nothing{};
             continue;
         }
