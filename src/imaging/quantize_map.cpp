@@ -59,24 +59,37 @@ class Mapping {
 
     void prepare(int y, PreparedRow& row) const {
         reader_.read(y, row.spots.data());
+        findFixed(row);
         std::uint8_t* p = row.spots.data();
-        std::uint32_t last = 0;
-        std::int16_t entry = exact_.find(last);
-        for (std::int16_t& fixed : row.fixed) {
-            const Rgba color{p[0], p[1], p[2], withAlpha_ ? p[3] : std::uint8_t{255}};
-            if (packed(color) != last) {
-                last = packed(color);
-                entry = exact_.find(last);
-            }
-            fixed = entry;
-            const Spot spot = spotOf(color);
+        std::uint8_t* const end = p + row.spots.size();
+        if (!withAlpha_) {
+            constexpr auto opaque = static_cast<std::uint8_t>(spotOf({})[3]);
+            for (; p != end; p += 4)
+                p[3] = opaque;
+            return;
+        }
+        for (; p != end; p += 4) {
+            const Spot spot = spotOf({p[0], p[1], p[2], p[3]});
             for (std::size_t k = 0; k < 4; ++k)
                 p[k] = static_cast<std::uint8_t>(spot[k]);
-            p += 4;
         }
     }
 
   private:
+    void findFixed(PreparedRow& row) const {
+        const std::uint8_t* p = row.spots.data();
+        std::uint32_t last = 0;
+        std::int16_t entry = exact_.find(last);
+        for (std::int16_t& fixed : row.fixed) {
+            const std::uint32_t color =
+                packed({p[0], p[1], p[2], withAlpha_ ? p[3] : std::uint8_t{255}});
+            if (color != last) entry = exact_.find(color);
+            last = color;
+            fixed = entry;
+            p += 4;
+        }
+    }
+
     RowReader reader_;
     const Palette& palette_;
     PaletteIndex exact_;

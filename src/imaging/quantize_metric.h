@@ -15,6 +15,8 @@ namespace kvn::imaging {
 
 // Channels 0..255.
 using Spot = std::array<int, 4>;
+// The same in one number, sixteen bits a channel, the first lowest.
+using PackedSpot = std::uint64_t;
 
 inline constexpr double alphaAxis = 0.8660254037844386;
 
@@ -22,6 +24,11 @@ constexpr Spot spotOf(Rgba color) {
     const int a = color.a;
     const auto mixed = [a](int c) { return (2 * c * a + 255 * (255 - a) + 255) / 510; };
     return {mixed(color.r), mixed(color.g), mixed(color.b), static_cast<int>(a * alphaAxis + 0.5)};
+}
+
+constexpr Spot unpackedSpot(PackedSpot spot) {
+    return {static_cast<int>(spot & 0xFF), static_cast<int>(spot >> 16 & 0xFF),
+            static_cast<int>(spot >> 32 & 0xFF), static_cast<int>(spot >> 48 & 0xFF)};
 }
 
 // The colour at a place of the space given in `scale` steps a level.

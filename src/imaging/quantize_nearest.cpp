@@ -15,34 +15,37 @@ int square(int value) {
 } // namespace
 
 NearestColors::NearestColors(const Palette& palette, bool withAlpha)
-    : axes_(withAlpha ? 4 : 3), cellBits_(withAlpha ? 5 : 6),
-      cells_(std::size_t{1} << (static_cast<std::size_t>(cellBits_) * axes_)),
-      regionBits_(withAlpha ? 2 : 3),
-      regions_(std::size_t{1} << (static_cast<std::size_t>(regionBits_) * axes_)) {
+    : axes_(withAlpha ? 4 : 3),
+      cells_(std::size_t{1} << (static_cast<std::size_t>(cellBits(withAlpha)) * axes_)),
+      regions_(std::size_t{1} << (static_cast<std::size_t>(regionBits(withAlpha)) * axes_)) {
     for (Rgba color : palette.colors()) {
         if (!withAlpha) color.a = 255;
         entries_.push_back(spotOf(color));
     }
 }
 
-void NearestColors::fill(Cell& cell, const Spot& spot) {
-    Entries& region = regions_[numberOf(spot, regionBits_)];
+void NearestColors::fill(Cell& cell, PackedSpot packed) {
+    const Spot spot = unpackedSpot(packed);
+    const int bits = regionBits(withAlpha());
+    Entries& region = regions_[withAlpha() ? numberOf<4>(packed, bits) : numberOf<3>(packed, bits)];
     if (region.empty()) {
         Entries all(entries_.size());
         std::iota(all.begin(), all.end(), std::int16_t{0});
-        region = candidates(spot, regionBits_, all);
+        region = candidates(spot, bits, all);
     }
-    const Entries found = candidates(spot, cellBits_, region);
+    const Entries found = candidates(spot, cellBits(withAlpha()), region);
     cell.start = static_cast<std::uint32_t>(blocks_.size());
     cell.count = static_cast<std::uint32_t>((found.size() + blockSize - 1) / blockSize);
     for (std::size_t first = 0; first < found.size(); first += blockSize) {
         Block& block = blocks_.emplace_back();
         for (std::size_t i = 0; i < blockSize; ++i) {
             const std::int16_t entry = found[first + i < found.size() ? first + i : 0];
+            const Spot& place = entries_[static_cast<std::size_t>(entry)];
             block.entry[i] = entry;
-            for (std::size_t k = 0; k < 4; ++k)
-                block.channel[k][i] =
-                    static_cast<std::int16_t>(entries_[static_cast<std::size_t>(entry)][k]);
+            for (std::size_t k = 0; k < 2; ++k) {
+                block.redGreen[2 * i + k] = static_cast<std::int16_t>(place[k]);
+                block.blueAlpha[2 * i + k] = static_cast<std::int16_t>(place[2 + k]);
+            }
         }
     }
 }

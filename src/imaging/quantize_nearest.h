@@ -15,11 +15,13 @@ namespace kvn::imaging {
 // 1991). Cells are filled when first visited, so each thread has a NearestColors of its own.
 class NearestColors {
   public:
-    // Entries that are searched together. Unused places repeat the first entry.
+    // Entries that are searched together: red and green in pairs, blue and alpha in pairs. Unused
+    // places repeat the first entry.
     static constexpr std::size_t blockSize = 8;
-    struct Block {
-        std::array<std::array<std::int16_t, blockSize>, 4> channel;
-        std::array<std::int16_t, blockSize> entry;
+    struct alignas(32) Block {
+        std::array<std::int16_t, 2 * blockSize> redGreen;
+        std::array<std::int16_t, 2 * blockSize> blueAlpha;
+        std::array<std::int32_t, blockSize> entry;
     };
     struct Blocks {
         const Block* begin;
@@ -29,13 +31,16 @@ class NearestColors {
     // Without alpha every entry counts as opaque. The palette may not be empty.
     NearestColors(const Palette& palette, bool withAlpha);
 
-    // What is to be searched for the colour; valid until the next call. One block at least.
-    Blocks blocksAt(const Spot& spot) {
-        Cell& cell = cells_[numberOf(spot, cellBits_)];
+    // What is to be searched for the colour; valid until the next call. One block at least. The
+    // space must be the one with alpha or without, as the constructor was told.
+    template <bool withAlpha>
+    Blocks blocksAt(PackedSpot spot) {
+        Cell& cell = cells_[numberOf < withAlpha ? 4 : 3 > (spot, cellBits(withAlpha))];
         if (cell.count == 0) fill(cell, spot);
         const Block* begin = blocks_.data() + cell.start;
         return {begin, begin + cell.count};
     }
+    bool withAlpha() const { return axes_ == 4; }
     const std::vector<Spot>& entries() const { return entries_; }
 
   private:
@@ -45,22 +50,26 @@ class NearestColors {
     };
     using Entries = std::vector<std::int16_t>;
 
-    std::size_t numberOf(const Spot& spot, int bits) const {
-        std::size_t number = 0;
-        for (std::size_t k = 0; k < axes_; ++k)
-            number = number << bits | static_cast<std::size_t>(spot[k] >> (8 - bits));
+    // Bits of a cell's number, an axis.
+    static constexpr int cellBits(bool withAlpha) { return withAlpha ? 5 : 6; }
+    static constexpr int regionBits(bool withAlpha) { return withAlpha ? 2 : 3; }
+
+    template <int axes>
+    static std::size_t numberOf(PackedSpot spot, int bits) {
+        const std::uint64_t mask = (1u << bits) - 1;
+        std::uint64_t number = 0;
+        for (int k = 0; k < axes; ++k)
+            number = number << bits | ((spot >> (16 * k + 8 - bits)) & mask);
         return number;
     }
-    void fill(Cell& cell, const Spot& spot);
+    void fill(Cell& cell, PackedSpot spot);
     Entries candidates(const Spot& spot, int bits, const Entries& from) const;
 
     std::vector<Spot> entries_;
     std::size_t axes_;
-    int cellBits_; // an axis
     std::vector<Cell> cells_;
     std::vector<Block> blocks_;
     // The candidates of larger cells, from which those of the cells are taken.
-    int regionBits_;
     std::vector<Entries> regions_;
 };
 

@@ -1,7 +1,8 @@
 #include "imaging/quantize_rows.h"
 
+#include <algorithm>
 #include <cstddef>
-#include <cstring>
+#include <limits>
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "imaging/quantize_rows.cpp"
@@ -12,99 +13,181 @@
 HWY_BEFORE_NAMESPACE();
 namespace kvn::imaging::HWY_NAMESPACE {
 
-// The four channels of a pixel, and the eight entries of a block, are short fixed vectors, which
-// the compiler maps to whatever the instruction set has.
-using Channels = std::int32_t __attribute__((vector_size(16)));
-using Shorts = std::int16_t __attribute__((vector_size(16)));
-using Distances = std::int32_t __attribute__((vector_size(32)));
+namespace hn = hwy::HWY_NAMESPACE;
+using Block = NearestColors::Block;
 
-HWY_INLINE std::int32_t smallest(const Distances& keys) {
-    std::int32_t least[8];
-    std::memcpy(least, &keys, sizeof least);
-    std::int32_t best = least[0];
-    for (int i = 1; i < 8; ++i)
-        best = least[i] < best ? least[i] : best;
+#if HWY_TARGET == HWY_SCALAR // no vectors: the four channels of a pixel one by one
+
+using Channels = Diffusion::Error;
+
+template <class Change>
+HWY_INLINE Channels each(Channels value, const Change& change) {
+    for (std::size_t k = 0; k < 4; ++k)
+        value[k] = static_cast<std::int16_t>(change(value[k], k));
+    return value;
+}
+HWY_INLINE Channels zero() {
+    return {};
+}
+HWY_INLINE Channels load(const Diffusion::Error& error) {
+    return error;
+}
+HWY_INLINE void store(Channels value, Diffusion::Error& error) {
+    error = value;
+}
+HWY_INLINE Channels loadSixteenfold(const std::uint8_t* p) {
+    return each(Channels{}, [p](int, std::size_t k) { return p[k] * 16; });
+}
+HWY_INLINE Channels add(Channels a, Channels b) {
+    return each(a, [&b](int v, std::size_t k) { return v + b[k]; });
+}
+HWY_INLINE Channels subtract(Channels a, Channels b) {
+    return each(a, [&b](int v, std::size_t k) { return v - b[k]; });
+}
+HWY_INLINE Channels clamped(Channels a, int low, int high) {
+    return each(a, [=](int v, std::size_t) { return v < low ? low : v > high ? high : v; });
+}
+// The value times factor / 65536, rounded down.
+HWY_INLINE Channels scaled(Channels a, int factor) {
+    return each(a, [factor](int v, std::size_t) { return (v * factor) >> 16; });
+}
+HWY_INLINE PackedSpot roundedLevels(Channels a) {
+    PackedSpot spot = 0;
+    for (std::size_t k = 0; k < 4; ++k)
+        spot |= static_cast<PackedSpot>((a[k] + 8) >> 4) << (16 * k);
+    return spot;
+}
+HWY_INLINE std::int32_t smallestKey(const Block& block, PackedSpot packed) {
+    const Spot spot = unpackedSpot(packed);
+    std::int32_t best = 0;
+    for (std::size_t i = 0; i < NearestColors::blockSize; ++i) {
+        const int r = block.redGreen[2 * i] - spot[0], g = block.redGreen[2 * i + 1] - spot[1];
+        const int b = block.blueAlpha[2 * i] - spot[2], a = block.blueAlpha[2 * i + 1] - spot[3];
+        const std::int32_t key = (r * r + g * g + b * b + a * a) << 8 | block.entry[i];
+        if (i == 0 || key < best) best = key;
+    }
     return best;
 }
 
-// The nearest entry. Distance and entry make one number, whose minimum has the lowest entry.
-HWY_INLINE std::size_t search(NearestColors& colors, const Spot& spot) {
-    const NearestColors::Blocks blocks = colors.blocksAt(spot);
-    Distances best{};
-    for (const NearestColors::Block* block = blocks.begin; block != blocks.end; ++block) {
-        Distances sum{};
-        for (std::size_t k = 0; k < 4; ++k) {
-            Shorts channel;
-            std::memcpy(&channel, block->channel[k].data(), sizeof channel);
-            const Distances difference =
-                __builtin_convertvector(channel - static_cast<std::int16_t>(spot[k]), Distances);
-            sum += difference * difference;
-        }
-        Shorts entry;
-        std::memcpy(&entry, block->entry.data(), sizeof entry);
-        const Distances key = (sum << 8) | __builtin_convertvector(entry, Distances);
-        best = block == blocks.begin ? key : (key < best ? key : best);
-    }
-    return static_cast<std::size_t>(smallest(best) & 0xFF);
-}
+#else
 
+using Four = hn::FixedTag<std::int16_t, 4>;
+using Channels = hn::Vec<Four>;
+
+HWY_INLINE Channels zero() {
+    return hn::Zero(Four());
+}
 HWY_INLINE Channels load(const Diffusion::Error& error) {
-    Channels value;
-    std::memcpy(&value, error.data(), sizeof value);
-    return value;
+    return hn::LoadU(Four(), error.data());
 }
 HWY_INLINE void store(Channels value, Diffusion::Error& error) {
-    std::memcpy(error.data(), &value, sizeof value);
+    hn::StoreU(value, Four(), error.data());
+}
+HWY_INLINE Channels loadSixteenfold(const std::uint8_t* p) {
+    const hn::FixedTag<std::uint8_t, 4> bytes;
+    return hn::ShiftLeft<4>(hn::PromoteTo(Four(), hn::LoadU(bytes, p)));
+}
+HWY_INLINE Channels add(Channels a, Channels b) {
+    return hn::Add(a, b);
+}
+HWY_INLINE Channels subtract(Channels a, Channels b) {
+    return hn::Sub(a, b);
+}
+HWY_INLINE Channels clamped(Channels a, int low, int high) {
+    const Four d;
+    return hn::Min(hn::Max(a, hn::Set(d, static_cast<std::int16_t>(low))),
+                   hn::Set(d, static_cast<std::int16_t>(high)));
+}
+// The value times factor / 65536, rounded down.
+HWY_INLINE Channels scaled(Channels a, int factor) {
+    return hn::MulHigh(a, hn::Set(Four(), static_cast<std::int16_t>(factor)));
+}
+HWY_INLINE PackedSpot roundedLevels(Channels a) {
+    const auto levels = hn::ShiftRight<4>(hn::Add(a, hn::Set(Four(), 8)));
+    return hn::GetLane(hn::BitCast(hn::FixedTag<std::uint64_t, 1>(), levels));
+}
+HWY_INLINE std::int32_t smallestKey(const Block& block, PackedSpot spot) {
+    const hn::CappedTag<std::int16_t, 2 * NearestColors::blockSize> d;
+    const hn::Repartition<std::int32_t, decltype(d)> dd;
+    const auto redGreen = hn::BitCast(d, hn::Set(dd, static_cast<std::int32_t>(spot)));
+    const auto blueAlpha = hn::BitCast(d, hn::Set(dd, static_cast<std::int32_t>(spot >> 32)));
+    auto best = hn::Set(dd, std::numeric_limits<std::int32_t>::max());
+    for (std::size_t i = 0; i < NearestColors::blockSize; i += hn::Lanes(dd)) {
+        const auto one = hn::Sub(hn::Load(d, &block.redGreen[2 * i]), redGreen);
+        const auto two = hn::Sub(hn::Load(d, &block.blueAlpha[2 * i]), blueAlpha);
+        auto odd = hn::Zero(dd);
+        auto sum = hn::ReorderWidenMulAccumulate(dd, one, one, hn::Zero(dd), odd);
+        sum = hn::ReorderWidenMulAccumulate(dd, two, two, sum, odd);
+        sum = hn::RearrangeToOddPlusEven(sum, odd);
+        best = hn::Min(best, hn::Or(hn::ShiftLeft<8>(sum), hn::Load(dd, &block.entry[i])));
+    }
+    return hn::GetLane(hn::MinOfLanes(dd, best));
+}
+
+#endif
+
+// The nearest entry. Distance and entry make one number, whose minimum has the lowest entry.
+template <bool withAlpha>
+HWY_INLINE std::size_t search(NearestColors& colors, PackedSpot spot) {
+    const NearestColors::Blocks blocks = colors.blocksAt<withAlpha>(spot);
+    std::int32_t best = smallestKey(*blocks.begin, spot);
+    for (const Block* block = blocks.begin + 1; block != blocks.end; ++block)
+        best = std::min(best, smallestKey(*block, spot));
+    return static_cast<std::size_t>(best & 0xFF);
 }
 
 // `below` holds what the row above left for each pixel, and takes what this row leaves for the
 // next: a place is read one step before it is written.
-template <int step>
+template <bool withAlpha, int step>
 void walk(Diffusion::State& state, const std::uint8_t* spots, const std::int16_t* fixed,
           std::uint8_t* entries) {
-    const Channels zero{}, most = zero + 255 * 16;
-    const int strength = state.strength;
-    Channels ahead{}, behind{}, diagonal{};
+    // Floyd and Steinberg's sevenths, fifths and so on are sixteenths, and so is the strength.
+    const int unit = state.strength * (65536 / 256);
+    Channels ahead = zero(), behind = zero(), diagonal = zero();
     Diffusion::Error* below = state.below.data() + (step > 0 ? 1 : state.width);
     for (int i = 0, x = step > 0 ? 0 : state.width - 1; i < state.width;
          ++i, x += step, below += step) {
-        const std::uint8_t* p = spots + std::ptrdiff_t{x} * 4;
-        Channels error{};
+        Channels error = zero();
         if (fixed[x] >= 0) {
             entries[x] = static_cast<std::uint8_t>(fixed[x]);
         } else {
-            Channels wanted = Channels{p[0], p[1], p[2], p[3]} * 16 + load(*below) + ahead;
-            wanted = wanted < zero ? zero : wanted;
-            wanted = wanted > most ? most : wanted;
-            const Channels level = (wanted + 8) >> 4;
-            Spot spot;
-            std::memcpy(spot.data(), &level, sizeof level);
-            const std::size_t entry = search(state.colors, spot);
+            const Channels pixel = loadSixteenfold(spots + std::ptrdiff_t{x} * 4);
+            const Channels wanted = clamped(add(add(pixel, load(*below)), ahead), 0, 255 * 16);
+            const std::size_t entry = search<withAlpha>(state.colors, roundedLevels(wanted));
             entries[x] = static_cast<std::uint8_t>(entry);
-            error = wanted - load(state.places[entry]);
+            error = subtract(wanted, load(state.places[entry]));
         }
-        ahead = (error * (7 * strength)) >> 8;
-        store(behind + ((error * (3 * strength)) >> 8), below[-step]);
-        behind = diagonal + ((error * (5 * strength)) >> 8);
-        diagonal = (error * strength) >> 8;
+        ahead = scaled(error, 7 * unit);
+        store(add(behind, scaled(error, 3 * unit)), below[-step]);
+        behind = add(diagonal, scaled(error, 5 * unit));
+        diagonal = scaled(error, unit);
     }
     store(behind, below[-step]);
 }
 
 void diffuseRow(Diffusion::State& state, bool leftwards, const std::uint8_t* spots,
                 const std::int16_t* fixed, std::uint8_t* entries) {
-    if (leftwards)
-        walk<-1>(state, spots, fixed, entries);
-    else
-        walk<1>(state, spots, fixed, entries);
+    const auto kernel = state.colors.withAlpha() ? (leftwards ? walk<true, -1> : walk<true, 1>)
+                                                 : (leftwards ? walk<false, -1> : walk<false, 1>);
+    kernel(state, spots, fixed, entries);
+}
+
+template <bool withAlpha>
+void searchPixels(NearestColors& colors, const std::uint8_t* spots, const std::int16_t* fixed,
+                  std::uint8_t* entries, int width) {
+    for (int x = 0; x < width; ++x, spots += 4) {
+        if (fixed[x] >= 0)
+            entries[x] = static_cast<std::uint8_t>(fixed[x]);
+        else
+            entries[x] = static_cast<std::uint8_t>(
+                search<withAlpha>(colors, roundedLevels(loadSixteenfold(spots))));
+    }
 }
 
 void searchRow(NearestColors& colors, const std::uint8_t* spots, const std::int16_t* fixed,
                std::uint8_t* entries, int width) {
-    for (int x = 0; x < width; ++x, spots += 4)
-        entries[x] = static_cast<std::uint8_t>(
-            fixed[x] >= 0 ? static_cast<std::size_t>(fixed[x])
-                          : search(colors, {spots[0], spots[1], spots[2], spots[3]}));
+    const auto kernel = colors.withAlpha() ? searchPixels<true> : searchPixels<false>;
+    kernel(colors, spots, fixed, entries, width);
 }
 
 } // namespace kvn::imaging::HWY_NAMESPACE
@@ -124,8 +207,11 @@ void nearestRow(NearestColors& colors, const std::uint8_t* spots, const std::int
 Diffusion::Diffusion(NearestColors& colors, int width, int strength, bool leftwards)
     : state_{colors, {}, std::vector<Error>(static_cast<std::size_t>(width) + 2), width, strength},
       leftwards_(leftwards) {
-    for (const Spot& spot : colors.entries())
-        state_.places.push_back({spot[0] * 16, spot[1] * 16, spot[2] * 16, spot[3] * 16});
+    for (const Spot& spot : colors.entries()) {
+        Error& place = state_.places.emplace_back();
+        for (std::size_t k = 0; k < 4; ++k)
+            place[k] = static_cast<std::int16_t>(spot[k] * 16);
+    }
 }
 
 void Diffusion::row(const std::uint8_t* spots, const std::int16_t* fixed, std::uint8_t* entries) {

@@ -23,7 +23,7 @@ void nearestRow(NearestColors& colors, const std::uint8_t* spots, const std::int
 class Diffusion {
   public:
     // What a pixel hands on, in sixteenths of a level, by channel.
-    using Error = std::array<std::int32_t, 4>;
+    using Error = std::array<std::int16_t, 4>;
     // How much of it, in sixteenths. Less than all keeps colours that no mixture of entries
     // reaches from piling up errors, and gives a quieter picture; but the coarser the palette
     // is, the more of the tone would be lost.
