@@ -41,10 +41,13 @@ FileWindow::FileWindow(const engine::FileRequest& request, const QString& folder
     const int rows = static_cast<int>(filter_.rows().size());
     if (request.filterIndex >= 1 && request.filterIndex <= rows)
         selectNameFilter(nameFilters().at(request.filterIndex - 1));
+    // Qt shows a filter with its blanks thinned out.
+    for (int i = 0; i < rows; ++i)
+        types_->setItemText(i, filter_.rows()[static_cast<std::size_t>(i)].text);
     if (request.save) {
         connect(name_, &QLineEdit::textEdited, this, &FileWindow::followName);
-        // The list reports its new row before Qt's own handler touches the name, and is done with
-        // when that has run.
+        // The list reports its new row before Qt's own handler of the choice touches the name, and
+        // this window's handler runs after that.
         connect(types_, &QComboBox::currentIndexChanged, this,
                 [this] { nameBefore_ = name_->text(); });
         connect(types_, &QComboBox::activated, this, &FileWindow::followRow);
@@ -107,9 +110,8 @@ void FileWindow::followName(const QString& name) {
     const int named = filter_.rowOfName(name);
     if (named < 0 || named == row() || filter_.fitted(name, row(), QString()) == name) return;
     const int caret = name_->cursorPosition();
-    selectNameFilter(nameFilters().at(named));
-    nameBefore_.clear();
-    name_->setText(name); // Qt has put the new row's extension there
+    types_->setCurrentIndex(named);
+    emit types_->activated(named); // as if the user had picked it
     name_->setCursorPosition(caret);
 }
 
