@@ -123,7 +123,7 @@ int strengthFor(double spacing) {
 // coarse a seam might show even so, and the picture stays whole.
 constexpr int stripRows = 256;
 constexpr int leadRows = 16;
-constexpr double coarseSpacing = 64;
+constexpr double coarseSpacing = 96;
 
 void diffuse(const Mapping& mapping, Diffusion& diffusion, const View& to, int start, int y0,
              int y1, Task* task) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 #include <numeric>
+#include <utility>
 
 namespace kvn::imaging {
 
@@ -14,28 +15,38 @@ int square(int value) {
 
 } // namespace
 
+// Small cells have few entries; large ones stay in the near caches, which a small palette, with
+// few entries a cell anyway, gains more from.
 NearestColors::NearestColors(const Palette& palette, bool withAlpha)
-    : axes_(withAlpha ? 4 : 3),
-      cells_(std::size_t{1} << (static_cast<std::size_t>(cellBits(withAlpha)) * axes_)),
-      regions_(std::size_t{1} << (static_cast<std::size_t>(regionBits(withAlpha)) * axes_)) {
+    : axes_(withAlpha ? 4 : 3), cellBits_((withAlpha ? 4 : 5) + (palette.size() > 64)),
+      cells_(std::size_t{1} << (static_cast<std::size_t>(cellBits_) * axes_)),
+      regionBits_(withAlpha ? 2 : 3),
+      regions_(std::size_t{1} << (static_cast<std::size_t>(regionBits_) * axes_)) {
     for (Rgba color : palette.colors()) {
         if (!withAlpha) color.a = 255;
         entries_.push_back(spotOf(color));
     }
 }
 
-void NearestColors::fill(Cell& cell, PackedSpot packed) {
+std::uint32_t NearestColors::fill(PackedSpot packed) {
     const Spot spot = unpackedSpot(packed);
-    const int bits = regionBits(withAlpha());
-    Entries& region = regions_[withAlpha() ? numberOf<4>(packed, bits) : numberOf<3>(packed, bits)];
+    Entries& region =
+        regions_[withAlpha() ? numberOf<4>(packed, regionBits_) : numberOf<3>(packed, regionBits_)];
     if (region.empty()) {
         Entries all(entries_.size());
         std::iota(all.begin(), all.end(), std::int16_t{0});
-        region = candidates(spot, bits, all);
+        region = candidates(spot, regionBits_, all);
     }
-    const Entries found = candidates(spot, cellBits(withAlpha()), region);
-    cell.start = static_cast<std::uint32_t>(blocks_.size());
-    cell.count = static_cast<std::uint32_t>((found.size() + blockSize - 1) / blockSize);
+    Entries found = candidates(spot, cellBits_, region);
+    if (const auto it = known_.find(found); it != known_.end()) return it->second;
+    const std::size_t count = (found.size() + blockSize - 1) / blockSize;
+    const auto cell = static_cast<std::uint32_t>(blocks_.size() << countBits | count);
+    addBlocks(found);
+    known_.emplace(std::move(found), cell);
+    return cell;
+}
+
+void NearestColors::addBlocks(const Entries& found) {
     for (std::size_t first = 0; first < found.size(); first += blockSize) {
         Block& block = blocks_.emplace_back();
         for (std::size_t i = 0; i < blockSize; ++i) {

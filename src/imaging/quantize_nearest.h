@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <map>
 #include <vector>
 
 #include "imaging/palette.h"
@@ -35,24 +36,19 @@ class NearestColors {
     // space must be the one with alpha or without, as the constructor was told.
     template <bool withAlpha>
     Blocks blocksAt(PackedSpot spot) {
-        Cell& cell = cells_[numberOf < withAlpha ? 4 : 3 > (spot, cellBits(withAlpha))];
-        if (cell.count == 0) fill(cell, spot);
-        const Block* begin = blocks_.data() + cell.start;
-        return {begin, begin + cell.count};
+        std::uint32_t& cell = cells_[numberOf < withAlpha ? 4 : 3 > (spot, cellBits_)];
+        if (cell == 0) cell = fill(spot);
+        const Block* begin = blocks_.data() + (cell >> countBits);
+        return {begin, begin + (cell & ((1u << countBits) - 1))};
     }
     bool withAlpha() const { return axes_ == 4; }
     const std::vector<Spot>& entries() const { return entries_; }
 
   private:
-    struct Cell {
-        std::uint32_t start = 0;
-        std::uint32_t count = 0; // 0: not yet filled
-    };
+    // A cell is the number of its first block, and in the low bits how many it has; 0 if it has
+    // not been filled.
+    static constexpr int countBits = 6;
     using Entries = std::vector<std::int16_t>;
-
-    // Bits of a cell's number, an axis.
-    static constexpr int cellBits(bool withAlpha) { return withAlpha ? 5 : 6; }
-    static constexpr int regionBits(bool withAlpha) { return withAlpha ? 2 : 3; }
 
     template <int axes>
     static std::size_t numberOf(PackedSpot spot, int bits) {
@@ -62,14 +58,19 @@ class NearestColors {
             number = number << bits | ((spot >> (16 * k + 8 - bits)) & mask);
         return number;
     }
-    void fill(Cell& cell, PackedSpot spot);
+    std::uint32_t fill(PackedSpot spot);
+    void addBlocks(const Entries& found);
     Entries candidates(const Spot& spot, int bits, const Entries& from) const;
 
     std::vector<Spot> entries_;
     std::size_t axes_;
-    std::vector<Cell> cells_;
+    int cellBits_; // of a cell's number, an axis
+    std::vector<std::uint32_t> cells_;
     std::vector<Block> blocks_;
+    // Cells with the same entries share their blocks, which keeps the blocks in the near caches.
+    std::map<Entries, std::uint32_t> known_;
     // The candidates of larger cells, from which those of the cells are taken.
+    int regionBits_;
     std::vector<Entries> regions_;
 };
 
