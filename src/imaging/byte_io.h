@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <functional>
+#include <memory>
 #include <span>
 #include <string>
 #include <vector>
@@ -23,7 +24,7 @@ class FileBytes {
     std::span<const std::uint8_t> bytes() const { return bytes_; }
 
   private:
-    std::vector<std::uint8_t> owned_;
+    std::unique_ptr<std::uint8_t[]> owned_;
     void* mapped_ = nullptr;
     std::span<const std::uint8_t> bytes_;
 };

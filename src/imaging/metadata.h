@@ -19,6 +19,13 @@ struct JpegMarker {
     bool operator==(const JpegMarker&) const = default;
 };
 
+// A PNG chunk that is none of those below and stays true when the pixels change.
+struct PngChunk {
+    std::string name;
+    Bytes data;
+    bool operator==(const PngChunk&) const = default;
+};
+
 struct Metadata {
     Bytes exif;      // a TIFF structure, without the "Exif\0\0" before it
     Bytes iptc;      // the IPTC-IIM records alone
@@ -27,6 +34,7 @@ struct Metadata {
     Bytes icc;       // the profile
     std::string comment;
     std::vector<JpegMarker> jpegMarkers;
+    std::vector<PngChunk> pngChunks;
     std::vector<std::pair<std::string, std::string>> text; // PNG text chunks, UTF-8
     double gamma = 0;                                      // as the PNG says, 0 if it does not
     double xDpi = 0;                                       // dots per inch, 0 if unknown

@@ -1,0 +1,15 @@
+// Metadata made true for a picture that is about to be written.
+#pragma once
+
+#include "imaging/metadata.h"
+#include "imaging/raster.h"
+
+namespace kvn::imaging {
+
+// A copy in which EXIF and XMP speak of this picture: it stands upright (orientation 1) and has
+// its width and height, where they name any. A colour profile that is for another kind of
+// picture than `gray` or colour is dropped. Everything else stays byte for byte. Every writer
+// calls it, since pages keep the EXIF block of the file they came from.
+Metadata metadataForWriting(const Metadata& metadata, const Raster& picture, bool gray);
+
+} // namespace kvn::imaging
