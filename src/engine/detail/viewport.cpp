@@ -17,8 +17,9 @@ int clampedInt(double value) {
     return static_cast<int>(std::clamp(value, -imaging::longestScaled, imaging::longestScaled));
 }
 
+// The first device pixel whose middle lies behind a border of image pixels.
 int edge(std::int64_t imageEdge, double zoom) {
-    return clampedInt(std::floor(static_cast<double>(imageEdge) * zoom + 0.5));
+    return clampedInt(std::ceil(static_cast<double>(imageEdge) * zoom - 0.5));
 }
 
 // One axis filled: `length` image pixels in `room` pixels, of which the bar of the other axis
