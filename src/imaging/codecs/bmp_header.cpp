@@ -1,6 +1,7 @@
 #include "imaging/codecs/bmp_header.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 #include <string>
 
@@ -111,6 +112,15 @@ void readOldHeader(BmpHeader& header, const Fields& fields) {
     header.bits = static_cast<int>(fields.u16(24));
 }
 
+// A whole number where the fraction is no more than the rounding to dots per metre.
+double dpiOf(std::uint32_t perMetre) {
+    const auto value = static_cast<std::int32_t>(perMetre);
+    if (value <= 0) return 0;
+    constexpr double inch = 0.0254;
+    const double dpi = value * inch, whole = std::round(dpi);
+    return whole > 0 && std::abs(dpi - whole) <= inch / 2 ? whole : dpi;
+}
+
 void readHeader(BmpHeader& header, Layout& layout, const Fields& fields) {
     setSize(header, static_cast<std::int32_t>(fields.u32(18)),
             static_cast<std::int32_t>(fields.u32(22)));
@@ -118,12 +128,8 @@ void readHeader(BmpHeader& header, Layout& layout, const Fields& fields) {
     // Fields past the end of a short header are not there.
     if (layout.headerSize >= 20) layout.compression = fields.u32(30);
     if (layout.headerSize >= 32) {
-        const auto dpi = [](std::uint32_t perMetre) {
-            const auto value = static_cast<std::int32_t>(perMetre);
-            return value > 0 ? value * 0.0254 : 0.0;
-        };
-        header.xDpi = dpi(fields.u32(38));
-        header.yDpi = dpi(fields.u32(42));
+        header.xDpi = dpiOf(fields.u32(38));
+        header.yDpi = dpiOf(fields.u32(42));
     }
     if (layout.headerSize >= 36) layout.colorsUsed = fields.u32(46);
 }

@@ -167,7 +167,8 @@ Bytes packedRows(const Raster& raster, Task& task) {
     for (const Bytes& line : lines)
         all.insert(all.end(), line.begin(), line.end());
     // The picture's end mark takes the place of the last line's.
-    all.back() = 1;
+    all.resize(all.size() - 2);
+    all.insert(all.end(), {0, 1});
     return all;
 }
 

@@ -53,7 +53,6 @@ void appendTiffPage(const std::string& path, const Page& page, const WriteOption
     // Onto a copy, which takes the file's place when it is whole.
     replaceFile(path, [&](ByteSink& sink) {
         sink.write(bytes.data(), bytes.size());
-        sink.seek(0);
         const TiffWriter writer(sink, "a");
         writeTiffPage(writer, sink, page, options, 0, 1, task);
     });

@@ -1,6 +1,7 @@
 #include "imaging/codecs/tiff_handle.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
@@ -105,7 +106,7 @@ Result guarded(thandle_t handle, Result failed, const Work& work) {
     auto& state = *static_cast<TiffWriter::State*>(handle);
     if (state.failure) return failed;
     try {
-        return work(*state.sink);
+        return work(state);
     } catch (...) {
         state.failure = std::current_exception();
         return failed;
@@ -113,34 +114,40 @@ Result guarded(thandle_t handle, Result failed, const Work& work) {
 }
 
 tmsize_t readSink(thandle_t handle, void* to, tmsize_t size) {
-    return guarded<tmsize_t>(handle, -1, [&](ByteSink& sink) {
-        const std::uint64_t at = sink.position();
-        const std::size_t n = sink.readAt(at, to, static_cast<std::size_t>(size));
-        sink.seek(at + n);
+    return guarded<tmsize_t>(handle, -1, [&](TiffWriter::State& state) {
+        const std::size_t n = state.sink->readAt(state.at, to, static_cast<std::size_t>(size));
+        state.at += n;
         return static_cast<tmsize_t>(n);
     });
 }
 
+// The library writes a directory's values before the directory itself, and leaves a gap for it.
+void fillUpTo(ByteSink& sink, std::uint64_t position) {
+    constexpr std::array<char, 4096> zeros{};
+    sink.seek(sink.size());
+    while (sink.size() < position)
+        sink.write(zeros.data(), std::min<std::uint64_t>(zeros.size(), position - sink.size()));
+}
+
 tmsize_t writeSink(thandle_t handle, void* data, tmsize_t size) {
-    return guarded<tmsize_t>(handle, -1, [&](ByteSink& sink) {
-        sink.write(data, static_cast<std::size_t>(size));
+    return guarded<tmsize_t>(handle, -1, [&](TiffWriter::State& state) {
+        if (state.at > state.sink->size()) fillUpTo(*state.sink, state.at);
+        if (state.at != state.sink->position()) state.sink->seek(state.at);
+        state.sink->write(data, static_cast<std::size_t>(size));
+        state.at += static_cast<std::uint64_t>(size);
         return size;
     });
 }
 
 toff_t seekSink(thandle_t handle, toff_t offset, int whence) {
-    return guarded<toff_t>(handle, static_cast<toff_t>(-1), [&](ByteSink& sink) {
-        // A position behind the end is only ever asked about, not used.
-        const std::uint64_t to =
-            std::min(sought(sink.position(), sink.size(), offset, whence), sink.size());
-        sink.seek(to);
-        return static_cast<toff_t>(to);
+    return guarded<toff_t>(handle, static_cast<toff_t>(-1), [&](TiffWriter::State& state) {
+        return state.at = sought(state.at, state.sink->size(), offset, whence);
     });
 }
 
 toff_t sinkSize(thandle_t handle) {
     return guarded<toff_t>(handle, 0,
-                           [](ByteSink& sink) { return static_cast<toff_t>(sink.size()); });
+                           [](TiffWriter::State& state) -> toff_t { return state.sink->size(); });
 }
 
 int mapNothing(thandle_t, void**, toff_t*) {

@@ -62,7 +62,8 @@ class TiffWriter {
     }
 
     struct State {
-        ByteSink* sink;
+        ByteSink* sink = nullptr;
+        std::uint64_t at = 0; // may be past the end, until something is written there
         std::exception_ptr failure;
         std::string error;
     };

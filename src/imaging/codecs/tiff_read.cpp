@@ -73,16 +73,24 @@ class TiffPages {
 
   private:
     // The first form of JPEG in TIFF was never clear, but most such files hold a whole JPEG file
-    // inside, which is the surest way to the pixels.
+    // inside, which is the surest way to the pixels. It begins where one of two fields says.
     std::optional<Raster> oldJpeg(const TiffDirectory& page, const TiffLayout& layout,
                                   Task& task) const {
-        const TiffEntry* start = page.find(TIFFTAG_JPEGIFOFFSET);
-        const std::uint64_t at = start ? structure_.number(*start) : 0;
-        const std::span<const std::uint8_t> file = pool_.file();
-        if (at == 0 || at >= file.size() || !jpegCodec().recognises(file.subspan(at)))
-            return std::nullopt;
+        for (const std::uint16_t tag : {TIFFTAG_JPEGIFOFFSET, TIFFTAG_STRIPOFFSETS}) {
+            const TiffEntry* start = page.find(tag);
+            const std::uint64_t at = start ? structure_.number(*start) : 0;
+            const std::span<const std::uint8_t> file = pool_.file();
+            if (at == 0 || at >= file.size() || !jpegCodec().recognises(file.subspan(at))) continue;
+            std::optional<Raster> raster = jpegAt(file.subspan(at), layout, task);
+            if (raster) return raster;
+        }
+        return std::nullopt;
+    }
+
+    std::optional<Raster> jpegAt(std::span<const std::uint8_t> file, const TiffLayout& layout,
+                                 Task& task) const {
         try {
-            const Picture inner = jpegCodec().read(file.subspan(at), limits_, task);
+            const Picture inner = jpegCodec().read(file, limits_, task);
             const Raster& raster = inner.pages.front().raster;
             if (raster.width() == layout.width && raster.height() == layout.height) return raster;
         } catch (const RuntimeError&) {

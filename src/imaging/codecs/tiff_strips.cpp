@@ -74,10 +74,8 @@ void storeDifferences(Bytes& rows, std::size_t rowSize, std::size_t samples) {
     }
 }
 
-// One strip through the library, as a small file of its own in memory.
-Bytes packedByLibrary(const TiffForm& form, Bytes& rows, int height) {
-    MemorySink sink;
-    const TiffWriter writer(sink, "w");
+// The fields that tell the library's encoders what they need.
+void setEncoder(const TiffWriter& writer, const TiffForm& form, int height) {
     writer.set(TIFFTAG_IMAGEWIDTH, static_cast<std::uint32_t>(form.raster.width()));
     writer.set(TIFFTAG_IMAGELENGTH, static_cast<std::uint32_t>(height));
     writer.set(TIFFTAG_ROWSPERSTRIP, static_cast<std::uint32_t>(height));
@@ -87,17 +85,35 @@ Bytes packedByLibrary(const TiffForm& form, Bytes& rows, int height) {
     writer.set(TIFFTAG_PHOTOMETRIC, static_cast<int>(form.photometric));
     writer.set(TIFFTAG_COMPRESSION, static_cast<int>(form.compression));
     if (form.differences) writer.set(TIFFTAG_PREDICTOR, PREDICTOR_HORIZONTAL);
-    if (form.compression == COMPRESSION_JPEG) {
-        writer.set(TIFFTAG_JPEGQUALITY, form.jpegQuality);
-        writer.set(TIFFTAG_JPEGTABLESMODE, 0); // each strip brings its tables
-        if (form.photometric == PHOTOMETRIC_YCBCR)
-            writer.set(TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
+    if (form.compression != COMPRESSION_JPEG) return;
+    writer.set(TIFFTAG_JPEGQUALITY, form.jpegQuality);
+    if (form.photometric != PHOTOMETRIC_YCBCR) return;
+    writer.set(TIFFTAG_YCBCRSUBSAMPLING, form.chromaStep, form.chromaStep);
+    writer.set(TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
+}
+
+// One strip through the library, as a small file of its own in memory.
+Bytes packedByLibrary(const TiffForm& form, Bytes& rows, int height, Bytes* jpegTables) {
+    MemorySink sink;
+    sink.bytes().reserve(rows.size() + rows.size() / 8);
+    std::uint64_t at = 0, packed = 0;
+    {
+        const TiffWriter writer(sink, "w");
+        setEncoder(writer, form, height);
+        const auto size = static_cast<tmsize_t>(rows.size());
+        writer.require(TIFFWriteEncodedStrip(writer.get(), 0, rows.data(), size) == size);
+        at = TIFFGetStrileOffset(writer.get(), 0);
+        packed = TIFFGetStrileByteCount(writer.get(), 0);
+        if (jpegTables) {
+            std::uint32_t count = 0;
+            std::uint8_t* tables = nullptr;
+            TIFFGetField(writer.get(), TIFFTAG_JPEGTABLES, &count, &tables);
+            if (tables) jpegTables->assign(tables, tables + count);
+        }
     }
-    const auto size = static_cast<tmsize_t>(rows.size());
-    writer.require(TIFFWriteEncodedStrip(writer.get(), 0, rows.data(), size) == size);
-    const std::uint64_t at = TIFFGetStrileOffset(writer.get(), 0);
-    Bytes strip(TIFFGetStrileByteCount(writer.get(), 0));
-    strip.resize(sink.readAt(at, strip.data(), strip.size()));
+    Bytes strip = std::move(sink.bytes());
+    strip.erase(strip.begin(), strip.begin() + static_cast<std::ptrdiff_t>(at));
+    strip.resize(packed);
     return strip;
 }
 
@@ -107,6 +123,9 @@ TiffForm tiffFormOf(const Raster& page, const WriteOptions& options, Task& task)
     TiffForm form;
     form.compression = compressionOf(options.tiffCompression);
     form.jpegQuality = std::clamp(options.jpegQuality, 1, 100);
+    // The same step as in JPEG files.
+    constexpr int fullChromaFrom = 90;
+    if (form.jpegQuality >= fullChromaFrom) form.chromaStep = 1;
     const bool fax =
         form.compression == COMPRESSION_CCITTFAX3 || form.compression == COMPRESSION_CCITTFAX4;
     if (fax)
@@ -128,12 +147,22 @@ TiffForm tiffFormOf(const Raster& page, const WriteOptions& options, Task& task)
     return form;
 }
 
+Bytes tiffJpegTables(const TiffForm& form) {
+    Bytes tables;
+    if (form.compression != COMPRESSION_JPEG) return tables;
+    const int height = std::min(16, form.raster.height());
+    Bytes rows = joinedRows(form.raster.view(), 0, height);
+    packedByLibrary(form, rows, height, &tables);
+    return tables;
+}
+
 Bytes tiffStrip(const TiffForm& form, int strip) {
     const int y0 = strip * form.rowsPerStrip;
     const int y1 = std::min(y0 + form.rowsPerStrip, form.raster.height());
     Bytes rows = joinedRows(form.raster.view(), y0, y1);
     if (form.compression == COMPRESSION_NONE) return rows;
-    if (form.compression != COMPRESSION_ADOBE_DEFLATE) return packedByLibrary(form, rows, y1 - y0);
+    if (form.compression != COMPRESSION_ADOBE_DEFLATE)
+        return packedByLibrary(form, rows, y1 - y0, nullptr);
     if (form.differences)
         storeDifferences(rows, form.raster.rowBytes(), static_cast<std::size_t>(form.samples()));
     return zlibStream(rows);

@@ -14,6 +14,7 @@ struct TiffForm {
     std::uint16_t photometric = 1;
     bool differences = false; // samples are stored as differences to the pixel before
     int jpegQuality = 75;
+    int chromaStep = 2; // JPEG: pixels that share a colour, each way
     int rowsPerStrip = 1;
 
     int strips() const { return (raster.height() - 1) / rowsPerStrip + 1; }
@@ -27,6 +28,9 @@ struct TiffForm {
 // 24-bit pictures, others are packed by Deflate, which loses nothing; palettes with alpha become
 // 32-bit.
 TiffForm tiffFormOf(const Raster& page, const WriteOptions& options, Task& task);
+
+// The tables that all strips of a JPEG page share; empty for another compression.
+Bytes tiffJpegTables(const TiffForm& form);
 
 // One strip as it goes into the file.
 Bytes tiffStrip(const TiffForm& form, int strip);

@@ -36,21 +36,29 @@ void setForm(const TiffWriter& writer, const TiffForm& form) {
     writer.set(TIFFTAG_ROWSPERSTRIP, static_cast<std::uint32_t>(form.rowsPerStrip));
     if (form.differences) writer.set(TIFFTAG_PREDICTOR, PREDICTOR_HORIZONTAL);
     if (form.photometric == PHOTOMETRIC_PALETTE) setPalette(writer, form);
+    if (Bytes tables = tiffJpegTables(form); !tables.empty())
+        writer.set(TIFFTAG_JPEGTABLES, static_cast<std::uint32_t>(tables.size()), tables.data());
     if (hasAlpha(form.raster.type())) {
         const std::uint16_t kind = EXTRASAMPLE_UNASSALPHA;
         writer.set(TIFFTAG_EXTRASAMPLES, 1, &kind);
     }
     if (form.photometric == PHOTOMETRIC_YCBCR) {
-        // As the strips are made: full range, colour at half the resolution.
+        // As the strips are made, in the full range.
         const std::array<float, 6> range{0, 255, 128, 255, 128, 255};
-        writer.set(TIFFTAG_YCBCRSUBSAMPLING, 2, 2);
+        writer.set(TIFFTAG_YCBCRSUBSAMPLING, form.chromaStep, form.chromaStep);
         writer.set(TIFFTAG_REFERENCEBLACKWHITE, range.data());
     }
 }
 
+void writeStrip(const TiffWriter& writer, int index, Bytes& strip) {
+    const auto size = static_cast<tmsize_t>(strip.size());
+    writer.require(TIFFWriteRawStrip(writer.get(), static_cast<std::uint32_t>(index), strip.data(),
+                                     size) == size);
+}
+
 // Batches bound the memory for strips that wait for their turn.
 void writeStrips(const TiffWriter& writer, const TiffForm& form, Task& task) {
-    constexpr int batch = 64;
+    const int batch = form.compression == COMPRESSION_NONE ? 8 : 64;
     const int count = form.strips();
     for (int first = 0; first < count; first += batch) {
         const int size = std::min(batch, count - first);
@@ -64,12 +72,8 @@ void writeStrips(const TiffWriter& writer, const TiffForm& form, Task& task) {
                     strips[static_cast<std::size_t>(s)] = tiffStrip(form, first + s);
             },
             1);
-        for (int s = 0; s < size; ++s) {
-            Bytes& strip = strips[static_cast<std::size_t>(s)];
-            const auto bytes = static_cast<tmsize_t>(strip.size());
-            writer.require(TIFFWriteRawStrip(writer.get(), static_cast<std::uint32_t>(first + s),
-                                             strip.data(), bytes) == bytes);
-        }
+        for (int s = 0; s < size; ++s)
+            writeStrip(writer, first + s, strips[static_cast<std::size_t>(s)]);
     }
 }
 
