@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <limits>
 #include <vector>
 
@@ -43,10 +44,12 @@ class PaletteIndex {
 // colours that stand in the palette.
 struct PreparedRow {
     explicit PreparedRow(int width)
-        : spots(static_cast<std::size_t>(width) * 4), fixed(static_cast<std::size_t>(width)) {}
+        : spots(static_cast<std::size_t>(width) * 4), fixed(static_cast<std::size_t>(width)),
+          strength(static_cast<std::size_t>(width)) {}
 
     std::vector<std::uint8_t> spots;
     std::vector<std::int16_t> fixed;
+    std::vector<std::uint8_t> strength; // of error diffusion; not filled by prepare
 };
 
 class Mapping {
@@ -112,10 +115,40 @@ double spacingOf(const std::vector<Spot>& entries) {
     return sum / static_cast<double>(entries.size());
 }
 
-// From three quarters for palettes made for the picture to nearly all for a handful of colours.
-int strengthFor(double spacing) {
-    return std::clamp(static_cast<int>(12 + (spacing - 48) / 16), 12, 15);
-}
+// How much of its error a pixel hands on, in sixteenths. Nearly all where the picture is smooth,
+// so that gradients show no steps. Less where it is busy, for a quieter picture: there, errors
+// that no mixture of entries can make good would only pile up. With a coarse palette too much of
+// the tone would be lost that way.
+class Strength {
+  public:
+    explicit Strength(double spacing)
+        : busy_(std::clamp(static_cast<int>(11 + (spacing - 48) / 16), 11, smooth)) {}
+
+    void fill(PreparedRow& row) const {
+        const std::uint8_t* p = row.spots.data();
+        const std::size_t width = row.strength.size();
+        int before = 0;
+        for (std::size_t x = 0; x < width; ++x, p += 4) {
+            const int after = x + 1 < width ? difference(p, p + 4) : 0;
+            const int activity = std::clamp(before + after - calm, 0, range);
+            row.strength[x] =
+                static_cast<std::uint8_t>(smooth - (smooth - busy_) * activity / range);
+            before = after;
+        }
+    }
+
+  private:
+    static constexpr int smooth = 15;
+    // Levels by which a pixel differs from its two neighbours, all channels together.
+    static constexpr int calm = 2, range = 3;
+
+    static int difference(const std::uint8_t* a, const std::uint8_t* b) {
+        return std::abs(a[0] - b[0]) + std::abs(a[1] - b[1]) + std::abs(a[2] - b[2]) +
+               std::abs(a[3] - b[3]);
+    }
+
+    int busy_;
+};
 
 // Error diffusion is serial by nature. Large pictures are cut into strips of fixed height, so
 // that the pixels do not depend on the number of threads. Each strip starts some rows early and
@@ -125,25 +158,27 @@ constexpr int stripRows = 256;
 constexpr int leadRows = 16;
 constexpr double coarseSpacing = 96;
 
-void diffuse(const Mapping& mapping, Diffusion& diffusion, const View& to, int start, int y0,
-             int y1, Task* task) {
+void diffuse(const Mapping& mapping, const Strength& strength, Diffusion& diffusion, const View& to,
+             int start, int y0, int y1, Task* task) {
     PreparedRow row(to.width);
     std::vector<std::uint8_t> dropped(static_cast<std::size_t>(to.width));
     for (int y = start; y < y1; ++y) {
         if (task && y % 16 == 0) task->report(static_cast<double>(y) / y1);
         mapping.prepare(y, row);
-        diffusion.row(row.spots.data(), row.fixed.data(), y < y0 ? dropped.data() : to.row(y));
+        strength.fill(row);
+        diffusion.row(row.spots.data(), row.fixed.data(), row.strength.data(),
+                      y < y0 ? dropped.data() : to.row(y));
     }
 }
 
 void mapDithered(const Mapping& mapping, const View& to, Task& task) {
     NearestColors first = mapping.search();
     const double spacing = spacingOf(first.entries());
-    const int strength = strengthFor(spacing);
+    const Strength strength(spacing);
     const int strips = spacing > coarseSpacing ? 1 : std::max(1, to.height / stripRows);
     if (strips == 1) {
-        Diffusion diffusion(first, to.width, strength, false);
-        diffuse(mapping, diffusion, to, 0, 0, to.height, &task);
+        Diffusion diffusion(first, to.width, false);
+        diffuse(mapping, strength, diffusion, to, 0, 0, to.height, &task);
         return;
     }
     const auto top = [&](int strip) {
@@ -153,8 +188,8 @@ void mapDithered(const Mapping& mapping, const View& to, Task& task) {
     const auto strip = [&](int s) {
         const auto colors = searches.borrow([&] { return mapping.search(); });
         const int start = std::max(0, top(s) - leadRows);
-        Diffusion diffusion(*colors, to.width, strength, start % 2 != 0);
-        diffuse(mapping, diffusion, to, start, top(s), top(s + 1), nullptr);
+        Diffusion diffusion(*colors, to.width, start % 2 != 0);
+        diffuse(mapping, strength, diffusion, to, start, top(s), top(s + 1), nullptr);
     };
     parallelRows(
         strips, task,

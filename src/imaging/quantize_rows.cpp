@@ -48,8 +48,8 @@ HWY_INLINE Channels clamped(Channels a, int low, int high) {
     return each(a, [=](int v, std::size_t) { return v < low ? low : v > high ? high : v; });
 }
 // The value times factor / 65536, rounded down.
-HWY_INLINE Channels scaled(Channels a, int factor) {
-    return each(a, [factor](int v, std::size_t) { return (v * factor) >> 16; });
+HWY_INLINE Channels scaled(Channels a, Channels factor) {
+    return each(a, [&factor](int v, std::size_t k) { return (v * factor[k]) >> 16; });
 }
 HWY_INLINE PackedSpot roundedLevels(Channels a) {
     PackedSpot spot = 0;
@@ -99,8 +99,8 @@ HWY_INLINE Channels clamped(Channels a, int low, int high) {
                    hn::Set(d, static_cast<std::int16_t>(high)));
 }
 // The value times factor / 65536, rounded down.
-HWY_INLINE Channels scaled(Channels a, int factor) {
-    return hn::MulHigh(a, hn::Set(Four(), static_cast<std::int16_t>(factor)));
+HWY_INLINE Channels scaled(Channels a, Channels factor) {
+    return hn::MulHigh(a, factor);
 }
 HWY_INLINE PackedSpot roundedLevels(Channels a) {
     const auto levels = hn::ShiftRight<4>(hn::Add(a, hn::Set(Four(), 8)));
@@ -139,37 +139,34 @@ HWY_INLINE std::size_t search(NearestColors& colors, PackedSpot spot) {
 // `below` holds what the row above left for each pixel, and takes what this row leaves for the
 // next: a place is read one step before it is written.
 template <bool withAlpha, int step>
-void walk(Diffusion::State& state, const std::uint8_t* spots, const std::int16_t* fixed,
-          std::uint8_t* entries) {
-    // Floyd and Steinberg's sevenths, fifths and so on are sixteenths, and so is the strength.
-    const int unit = state.strength * (65536 / 256);
+void walk(Diffusion::State& state, const Diffusion::Row& row) {
     Channels ahead = zero(), behind = zero(), diagonal = zero();
     Diffusion::Error* below = state.below.data() + (step > 0 ? 1 : state.width);
     for (int i = 0, x = step > 0 ? 0 : state.width - 1; i < state.width;
          ++i, x += step, below += step) {
         Channels error = zero();
-        if (fixed[x] >= 0) {
-            entries[x] = static_cast<std::uint8_t>(fixed[x]);
+        if (row.fixed[x] >= 0) {
+            row.entries[x] = static_cast<std::uint8_t>(row.fixed[x]);
         } else {
-            const Channels pixel = loadSixteenfold(spots + std::ptrdiff_t{x} * 4);
+            const Channels pixel = loadSixteenfold(row.spots + std::ptrdiff_t{x} * 4);
             const Channels wanted = clamped(add(add(pixel, load(*below)), ahead), 0, 255 * 16);
             const std::size_t entry = search<withAlpha>(state.colors, roundedLevels(wanted));
-            entries[x] = static_cast<std::uint8_t>(entry);
+            row.entries[x] = static_cast<std::uint8_t>(entry);
             error = subtract(wanted, load(state.places[entry]));
         }
-        ahead = scaled(error, 7 * unit);
-        store(add(behind, scaled(error, 3 * unit)), below[-step]);
-        behind = add(diagonal, scaled(error, 5 * unit));
-        diagonal = scaled(error, unit);
+        const Diffusion::Weights& weights = state.weights[row.strength[x]];
+        ahead = scaled(error, load(weights[0]));
+        store(add(behind, scaled(error, load(weights[1]))), below[-step]);
+        behind = add(diagonal, scaled(error, load(weights[2])));
+        diagonal = scaled(error, load(weights[3]));
     }
     store(behind, below[-step]);
 }
 
-void diffuseRow(Diffusion::State& state, bool leftwards, const std::uint8_t* spots,
-                const std::int16_t* fixed, std::uint8_t* entries) {
+void diffuseRow(Diffusion::State& state, bool leftwards, const Diffusion::Row& row) {
     const auto kernel = state.colors.withAlpha() ? (leftwards ? walk<true, -1> : walk<true, 1>)
                                                  : (leftwards ? walk<false, -1> : walk<false, 1>);
-    kernel(state, spots, fixed, entries);
+    kernel(state, row);
 }
 
 template <bool withAlpha>
@@ -204,18 +201,25 @@ void nearestRow(NearestColors& colors, const std::uint8_t* spots, const std::int
     HWY_DYNAMIC_DISPATCH(searchRow)(colors, spots, fixed, entries, width);
 }
 
-Diffusion::Diffusion(NearestColors& colors, int width, int strength, bool leftwards)
-    : state_{colors, {}, std::vector<Error>(static_cast<std::size_t>(width) + 2), width, strength},
+Diffusion::Diffusion(NearestColors& colors, int width, bool leftwards)
+    : state_{colors, {}, {}, std::vector<Error>(static_cast<std::size_t>(width) + 2), width},
       leftwards_(leftwards) {
     for (const Spot& spot : colors.entries()) {
         Error& place = state_.places.emplace_back();
         for (std::size_t k = 0; k < 4; ++k)
             place[k] = static_cast<std::int16_t>(spot[k] * 16);
     }
+    for (int strength = 0; strength <= fullStrength; ++strength) {
+        Weights& weights = state_.weights.emplace_back();
+        const int sixteenths[4] = {7, 3, 5, 1};
+        for (std::size_t i = 0; i < 4; ++i)
+            weights[i].fill(static_cast<std::int16_t>(sixteenths[i] * strength * (65536 / 256)));
+    }
 }
 
-void Diffusion::row(const std::uint8_t* spots, const std::int16_t* fixed, std::uint8_t* entries) {
-    HWY_DYNAMIC_DISPATCH(diffuseRow)(state_, leftwards_, spots, fixed, entries);
+void Diffusion::row(const std::uint8_t* spots, const std::int16_t* fixed,
+                    const std::uint8_t* strength, std::uint8_t* entries) {
+    HWY_DYNAMIC_DISPATCH(diffuseRow)(state_, leftwards_, {spots, fixed, strength, entries});
     leftwards_ = !leftwards_;
 }
 

@@ -24,21 +24,30 @@ class Diffusion {
   public:
     // What a pixel hands on, in sixteenths of a level, by channel.
     using Error = std::array<std::int16_t, 4>;
-    // How much of it, in sixteenths. Less than all keeps colours that no mixture of entries
-    // reaches from piling up errors, and gives a quieter picture; but the coarser the palette
-    // is, the more of the tone would be lost.
+    // How much of it is handed on, in sixteenths.
     static constexpr int fullStrength = 16;
 
-    Diffusion(NearestColors& colors, int width, int strength, bool leftwards);
+    Diffusion(NearestColors& colors, int width, bool leftwards);
 
-    void row(const std::uint8_t* spots, const std::int16_t* fixed, std::uint8_t* entries);
+    // `strength`: 0 to fullStrength, for each pixel.
+    void row(const std::uint8_t* spots, const std::int16_t* fixed, const std::uint8_t* strength,
+             std::uint8_t* entries);
 
+    // The shares of the pixel ahead, and of the three below: behind, straight and diagonal. Each
+    // is a fraction of 65536, the same for all channels.
+    using Weights = std::array<Error, 4>;
     struct State {
         NearestColors& colors;
-        std::vector<Error> places; // of the palette entries, in sixteenths of a level
-        std::vector<Error> below;  // for the next row, with a margin of one pixel at each end
+        std::vector<Error> places;    // of the palette entries, in sixteenths of a level
+        std::vector<Weights> weights; // by strength
+        std::vector<Error> below;     // for the next row, with a margin of one pixel at each end
         int width;
-        int strength;
+    };
+    struct Row {
+        const std::uint8_t* spots;
+        const std::int16_t* fixed;
+        const std::uint8_t* strength;
+        std::uint8_t* entries;
     };
 
   private:
