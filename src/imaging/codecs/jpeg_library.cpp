@@ -34,6 +34,8 @@ void JpegErrors::onMessage(j_common_ptr info, int level) {
     if (code == JWRN_HIT_MARKER && errors.dataEndedIn_ < 0)
         errors.dataEndedIn_ =
             static_cast<int>(reinterpret_cast<j_decompress_ptr>(info)->input_iMCU_row);
+    // Odd values in headers that have no bearing on the picture.
+    if (code == JWRN_ADOBE_XFORM || code == JWRN_JFIF_MAJOR) return;
     if (info->err->num_warnings++ > 0) return;
     char text[JMSG_LENGTH_MAX] = {};
     info->err->format_message(info, text);

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "imaging/metadata/exif_block.h"
+#include "imaging/metadata/thumbnail.h"
 
 namespace kvn::imaging {
 
@@ -15,6 +16,8 @@ Bytes trueExif(const Bytes& exif, const Raster& picture) {
     const auto width = static_cast<std::uint32_t>(picture.width());
     const auto height = static_cast<std::uint32_t>(picture.height());
     ExifBlock block(exif);
+    const bool isTurned = block.number(Main, ExifBlock::orientation).value_or(1) != 1;
+    refreshThumbnail(block, picture, isTurned);
     block.setNumber(Main, ExifBlock::orientation, 1);
     block.setNumber(Main, ExifBlock::imageWidth, width);
     block.setNumber(Main, ExifBlock::imageLength, height);
