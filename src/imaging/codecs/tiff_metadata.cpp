@@ -44,7 +44,7 @@ void readResolution(const TiffStructure& file, const TiffDirectory& page, const 
     if (swapsSides(layout.orientation)) std::swap(meta.xDpi, meta.yDpi);
 }
 
-// The field is stored as 32-bit numbers, the last one filled up with zeros.
+// Where the field is stored as 32-bit numbers, the last one is filled up with zeros.
 Bytes iptcOf(const TiffDirectory& page) {
     Bytes iptc = valueOf(page, TIFFTAG_RICHTIFFIPTC);
     constexpr std::uint8_t marker = 0x1c;
@@ -58,6 +58,22 @@ Bytes iptcOf(const TiffDirectory& page) {
     }
     iptc.resize(end);
     return iptc;
+}
+
+void writeIptc(const TiffWriter& writer, const Bytes& iptc) {
+    if (iptc.empty()) return;
+    // Some versions of the library take 32-bit numbers and turn them into the file's byte order;
+    // the bytes themselves must not be turned.
+    const TIFFField* field = TIFFFieldWithTag(writer.get(), TIFFTAG_RICHTIFFIPTC);
+    if (!field || TIFFFieldDataType(field) != TIFF_LONG) {
+        writer.set(TIFFTAG_RICHTIFFIPTC, static_cast<std::uint32_t>(iptc.size()), iptc.data());
+        return;
+    }
+    std::vector<std::uint32_t> words((iptc.size() + 3) / 4);
+    std::memcpy(words.data(), iptc.data(), iptc.size());
+    if (TIFFIsByteSwapped(writer.get()))
+        TIFFSwabArrayOfLong(words.data(), static_cast<tmsize_t>(words.size()));
+    writer.set(TIFFTAG_RICHTIFFIPTC, static_cast<std::uint32_t>(words.size()), words.data());
 }
 
 } // namespace
@@ -96,15 +112,7 @@ void writeTiffMetadata(const TiffWriter& writer, const Metadata& meta) {
     setBytes(TIFFTAG_XMLPACKET, meta.xmp);
     setBytes(TIFFTAG_PHOTOSHOP, meta.photoshop);
     if (!meta.comment.empty()) writer.set(TIFFTAG_IMAGEDESCRIPTION, meta.comment.c_str());
-    if (!meta.iptc.empty()) {
-        // The library takes 32-bit numbers and turns them into the file's byte order; the bytes
-        // themselves must not be turned.
-        std::vector<std::uint32_t> words((meta.iptc.size() + 3) / 4);
-        std::memcpy(words.data(), meta.iptc.data(), meta.iptc.size());
-        if (TIFFIsByteSwapped(writer.get()))
-            TIFFSwabArrayOfLong(words.data(), static_cast<tmsize_t>(words.size()));
-        writer.set(TIFFTAG_RICHTIFFIPTC, static_cast<std::uint32_t>(words.size()), words.data());
-    }
+    writeIptc(writer, meta.iptc);
 }
 
 } // namespace kvn::imaging
