@@ -77,6 +77,7 @@ void MDIMain::buildBars() {
     menuBar()->setNativeMenuBar(false);
     menuBar()->setObjectName(QStringLiteral("MenuBar"));
     statusBar()->setObjectName(QStringLiteral("StatusBar"));
+    statusBar()->setSizeGripEnabled(false);
     auto* client = new QWidget(this);
     TopBar_ = new TopBar(client);
     LeftBar_ = new ToolBar(client);
@@ -134,6 +135,7 @@ void MDIMain::load() {
     restoreFramePlace(*this);
     Splash1_.close();
     show();
+    windows_->area().setFocus();
     SelectTool(0);
     update();
     EnDisMenuItems(false);

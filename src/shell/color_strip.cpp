@@ -27,7 +27,7 @@ class ColorWell : public QAbstractButton {
         setObjectName(QStringLiteral("SelColor(%1)").arg(index));
         setAccessibleName(title);
         setStatusTip(title + QStringLiteral(" (choosing one is not available yet)"));
-        setFixedSize(34, 24);
+        setFixedSize(index == 0 ? QSize(36, 26) : QSize(26, 20));
         title_ = title;
         setEnabled(false);
     }
@@ -68,9 +68,10 @@ ColorStrip::ColorStrip(document::ProgramState& state, QWidget* parent)
                     activeWell_ = static_cast<qint16>(well);
                     emit wellClicked(well);
                 });
-    row->addWidget(wells_[0]);
-    row->addWidget(gradient_);
+    // The strip runs from the background's colour to the foreground's.
     row->addWidget(wells_[1]);
+    row->addWidget(gradient_);
+    row->addWidget(wells_[0]);
     auto* shift = addButton("ShiftColors", QStringLiteral("Swap colors"), "tool-colors-swap");
     auto* restore =
         addButton("RestoreColors", QStringLiteral("Black and white"), "tool-colors-reset");

@@ -9,14 +9,19 @@ namespace {
 
 constexpr int barHeight = 36; // pixels
 
+QLabel* heading(const char* text, QWidget* parent) {
+    auto* label = new QLabel(QString::fromLatin1(text), parent);
+    label->setForegroundRole(QPalette::PlaceholderText);
+    return label;
+}
+
 QLabel* readOut(const char* name, const char* tip, QWidget* parent) {
     auto* label = new QLabel(QStringLiteral("0, 0"), parent);
     label->setObjectName(QString::fromLatin1(name));
     label->setToolTip(QString::fromLatin1(tip));
     label->setAccessibleDescription(QString::fromLatin1(tip));
-    label->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     // Wide enough for the corner of any picture, so that nothing jumps while the pointer moves.
-    label->setFixedWidth(label->fontMetrics().horizontalAdvance(QStringLiteral("000000,000000")));
+    label->setFixedWidth(label->fontMetrics().horizontalAdvance(QStringLiteral("00000,00000")));
     return label;
 }
 
@@ -37,8 +42,11 @@ TopBar::TopBar(QWidget* parent)
     CoordsInfo_->setAccessibleName(QStringLiteral("Coordinates"));
     auto* row = new QHBoxLayout(CoordsInfo_);
     row->setContentsMargins(8, 0, 12, 0);
-    row->setSpacing(12);
+    row->setSpacing(6);
+    row->addWidget(heading("Position", CoordsInfo_));
     row->addWidget(lblCoords_);
+    row->addSpacing(8);
+    row->addWidget(heading("Selection", CoordsInfo_));
     row->addWidget(lblArea_);
     setFixedHeight(barHeight);
 }
