@@ -4,6 +4,8 @@
 #include <cmath>
 #include <map>
 #include <string_view>
+#include <tuple>
+#include <utility>
 
 #include "imaging/metadata/exif_block.h"
 #include "imaging/metadata/photoshop.h"
@@ -39,14 +41,14 @@ void readDensity(const JpegSegment& jfif, Metadata& metadata) {
     metadata.yDpi = scale * (jfif.data[10] << 8 | jfif.data[11]);
 }
 
-// Cameras write the resolution into EXIF alone.
-void readExifDensity(Metadata& metadata) {
-    const ExifBlock exif(metadata.exif);
+// Cameras write the resolution into EXIF alone. Dots per inch, across and down; 0 if unknown.
+std::pair<double, double> exifDensity(const Bytes& block) {
+    const ExifBlock exif(block);
     using enum ExifBlock::Directory;
     const auto unit = exif.number(Main, ExifBlock::resolutionUnit).value_or(2);
     const double scale = unit == 2 ? 1.0 : unit == 3 ? centimetresPerInch : 0.0;
-    metadata.xDpi = scale * exif.fraction(Main, ExifBlock::xResolution).value_or(0);
-    metadata.yDpi = scale * exif.fraction(Main, ExifBlock::yResolution).value_or(0);
+    return {scale * exif.fraction(Main, ExifBlock::xResolution).value_or(0),
+            scale * exif.fraction(Main, ExifBlock::yResolution).value_or(0)};
 }
 
 // The profile's pieces are numbered from 1 and may stand in any order.
@@ -96,6 +98,7 @@ bool takeKnown(const JpegSegment& segment, Metadata& metadata, IccPieces& icc) {
         addComment(segment, metadata.comment);
     } else if (number == 0 && segment.startsWith(jfifName)) {
         readDensity(segment, metadata);
+        return false;
     } else if (number == 1 && segment.startsWith(exifMark) &&
                segment.data.size() > exifName.size() && metadata.exif.empty()) {
         metadata.exif = contentBehind(segment, exifName);
@@ -122,7 +125,8 @@ Metadata jpegMetadata(const JpegOutline& outline) {
                 {segment.application(), {segment.data.begin(), segment.data.end()}});
     metadata.icc = icc.profile();
     metadata.iptc = iptcInPhotoshop(metadata.photoshop);
-    if (metadata.xDpi <= 0 || metadata.yDpi <= 0) readExifDensity(metadata);
+    if (metadata.xDpi <= 0 || metadata.yDpi <= 0)
+        std::tie(metadata.xDpi, metadata.yDpi) = exifDensity(metadata.exif);
     return metadata;
 }
 
@@ -163,6 +167,11 @@ bool isKept(int number, std::uint32_t mask) {
     return (mask >> (number - 1) & 1) != 0;
 }
 
+bool isJfif(const JpegMarker& marker) {
+    return marker.number == 0 && marker.data.size() >= jfifName.size() + 2 &&
+           std::equal(jfifName.begin(), jfifName.end(), marker.data.begin());
+}
+
 } // namespace
 
 std::vector<JpegMarker> jpegSegmentsFor(const Metadata& metadata, std::uint32_t mask) {
@@ -176,15 +185,17 @@ std::vector<JpegMarker> jpegSegmentsFor(const Metadata& metadata, std::uint32_t 
         addPhotoshop(all, photoshopFromIptc(metadata.iptc));
     }
     for (const JpegMarker& marker : metadata.jpegMarkers)
-        addWhole(all, marker.number, {}, marker.data);
+        if (!isJfif(marker)) addWhole(all, marker.number, {}, marker.data);
     std::erase_if(all, [&](const JpegMarker& marker) { return !isKept(marker.number, mask); });
     std::ranges::stable_sort(all, {}, &JpegMarker::number);
     return all;
 }
 
-JfifDensity jfifDensity(double xDpi, double yDpi) {
+namespace {
+
+void setDensity(Jfif& jfif, double xDpi, double yDpi) {
     constexpr double most = 65535;
-    if (!(xDpi > 0 && yDpi > 0 && xDpi <= most && yDpi <= most)) return {};
+    if (!(xDpi > 0 && yDpi > 0 && xDpi <= most && yDpi <= most)) return;
     const auto error = [](double value) { return std::abs(value - std::round(value)); };
     const double x = xDpi / centimetresPerInch, y = yDpi / centimetresPerInch;
     // 118 dots per centimetre are 299.72 per inch: the unit that the file came in is the one in
@@ -193,8 +204,27 @@ JfifDensity jfifDensity(double xDpi, double yDpi) {
     const auto whole = [](double value) {
         return std::max(1, static_cast<int>(std::lround(value)));
     };
-    if (metric) return {2, whole(x), whole(y)};
-    return {1, whole(xDpi), whole(yDpi)};
+    jfif.unit = metric ? 2 : 1;
+    jfif.x = whole(metric ? x : xDpi);
+    jfif.y = whole(metric ? y : yDpi);
+}
+
+} // namespace
+
+Jfif jfifFor(const Metadata& metadata, std::uint32_t mask) {
+    Jfif jfif;
+    setDensity(jfif, metadata.xDpi, metadata.yDpi);
+    const auto kept = std::ranges::find_if(metadata.jpegMarkers, isJfif);
+    if (kept != metadata.jpegMarkers.end()) {
+        jfif.majorVersion = kept->data[jfifName.size()];
+        jfif.minorVersion = kept->data[jfifName.size() + 1];
+        return jfif;
+    }
+    const bool hasExif = !metadata.exif.empty() && isKept(1, mask);
+    const auto same = [](double a, double b) { return std::abs(a - b) < 0.01; };
+    const auto [x, y] = exifDensity(metadata.exif);
+    jfif.isWritten = !hasExif || !same(x, metadata.xDpi) || !same(y, metadata.yDpi);
+    return jfif;
 }
 
 } // namespace kvn::imaging

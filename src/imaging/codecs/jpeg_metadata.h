@@ -9,9 +9,10 @@
 
 namespace kvn::imaging {
 
-// What the segments carry. Left out, because they would be false in a file written anew: the
-// Adobe segment (it tells how the old pixels were coded), the index of further pictures behind
-// the first, and preview pictures of the JFIF extension.
+// What the segments carry. The JFIF segment gives the resolution and stays among the opaque ones,
+// to tell that the file had one (see jfifFor). Left out, because they would be false in a file
+// written anew: the Adobe segment (it tells how the old pixels were coded), the index of further
+// pictures behind the first, and preview pictures of the JFIF extension.
 Metadata jpegMetadata(const JpegOutline& outline);
 
 // The application segments to write, in order, without JFIF. `mask` as in
@@ -20,12 +21,17 @@ Metadata jpegMetadata(const JpegOutline& outline);
 // left out; colour profile and image resources are cut into as many as they need.
 std::vector<JpegMarker> jpegSegmentsFor(const Metadata& metadata, std::uint32_t mask);
 
-// The resolution as the JFIF header can say it.
-struct JfifDensity {
-    int unit = 0; // 1 dots per inch, 2 per centimetre, 0 unknown
+// The JFIF header to write.
+struct Jfif {
+    // Cameras write EXIF alone, and a file without JFIF stays one, as long as its EXIF block is
+    // written and tells the same resolution.
+    bool isWritten = true;
+    int majorVersion = 1;
+    int minorVersion = 1;
+    int unit = 0; // of the density: 1 dots per inch, 2 per centimetre, 0 unknown
     int x = 1;
     int y = 1;
 };
-JfifDensity jfifDensity(double xDpi, double yDpi);
+Jfif jfifFor(const Metadata& metadata, std::uint32_t mask);
 
 } // namespace kvn::imaging

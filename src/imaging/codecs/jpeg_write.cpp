@@ -71,7 +71,7 @@ class Encoder {
     void progressive() {
         must([&] { jpeg_simple_progression(&info_); });
     }
-    void setDensity(const JfifDensity& density);
+    void setJfif(const Jfif& jfif);
     void setRestartInterval(int blocks) { info_.restart_interval = static_cast<unsigned>(blocks); }
     int bandRows() const { return info_.comp_info[0].v_samp_factor * DCTSIZE; }
     int blocksInRow() const {
@@ -161,10 +161,13 @@ boolean Encoder::onFull(j_compress_ptr info) {
     return TRUE;
 }
 
-void Encoder::setDensity(const JfifDensity& density) {
-    info_.density_unit = static_cast<UINT8>(density.unit);
-    info_.X_density = static_cast<UINT16>(density.x);
-    info_.Y_density = static_cast<UINT16>(density.y);
+void Encoder::setJfif(const Jfif& jfif) {
+    info_.write_JFIF_header = jfif.isWritten ? TRUE : FALSE;
+    info_.JFIF_major_version = static_cast<UINT8>(jfif.majorVersion);
+    info_.JFIF_minor_version = static_cast<UINT8>(jfif.minorVersion);
+    info_.density_unit = static_cast<UINT8>(jfif.unit);
+    info_.X_density = static_cast<UINT16>(jfif.x);
+    info_.Y_density = static_cast<UINT16>(jfif.y);
 }
 
 void Encoder::start(const std::vector<JpegMarker>& markers, const std::string& comment) {
@@ -214,12 +217,12 @@ struct Job {
     const WriteOptions& options;
     std::vector<JpegMarker> markers;
     std::string comment;
-    JfifDensity density;
+    Jfif jfif;
 };
 
 void writeWhole(const Job& job, bool optimise, ByteSink& sink, Task& task) {
     Encoder encoder(job.raster, job.options, 0, job.raster.height());
-    encoder.setDensity(job.density);
+    encoder.setJfif(job.jfif);
     if (job.options.jpegProgressive) encoder.progressive();
     if (optimise) encoder.optimise();
     encoder.start(job.markers, job.comment);
@@ -251,7 +254,7 @@ std::span<const std::uint8_t> codedPart(std::span<const std::uint8_t> file) {
 Bytes codeBand(const Job& job, int y0, int y1, int interval) {
     const bool first = y0 == 0;
     Encoder encoder(job.raster, job.options, y0, y1);
-    encoder.setDensity(job.density);
+    encoder.setJfif(job.jfif);
     if (first) encoder.setRestartInterval(interval);
     encoder.start(first ? job.markers : std::vector<JpegMarker>{}, first ? job.comment : "");
     encoder.writeRows(nullptr, nullptr);
@@ -315,7 +318,7 @@ void writeJpeg(const Page& page, const WriteOptions& options, ByteSink& sink, Ta
     const Metadata metadata = metadataForWriting(page.metadata ? *page.metadata : Metadata{},
                                                  raster, formFor(raster).gray);
     const Job job{raster, options, jpegSegmentsFor(metadata, options.jpegMarkers), metadata.comment,
-                  jfifDensity(metadata.xDpi, metadata.yDpi)};
+                  jfifFor(metadata, options.jpegMarkers)};
     const bool small = std::int64_t{raster.width()} * raster.height() <= smallPicture;
     // Smoothing looks at the rows around a block, so bands would show.
     if (small || options.jpegProgressive || options.jpegSmoothing > 0)
