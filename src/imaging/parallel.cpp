@@ -78,6 +78,7 @@ class Pool {
         }
         close(job);
         if (job.failure) std::rethrow_exception(job.failure);
+        task.report(1); // others may have done the last bands
     }
 
   private:
