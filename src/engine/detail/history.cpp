@@ -92,6 +92,11 @@ class History::Impl {
     bool keepsSteps() const { return isEnabled_ && depth_ > 0; }
     void seal(const ListState& live);
     Step makeStep(std::string label, const ListState& live);
+    ContentRef newContent(const imaging::Raster& shape) const {
+        auto content = std::make_shared<Content>(shape);
+        content->owner = &time_;
+        return content;
+    }
     void push(Step step);
     void parkNothing() {
         moveAll(time_.parkedRedo, garbage_);
@@ -100,8 +105,8 @@ class History::Impl {
     void exchange(Step& target, const Step& reverse, ListState& live,
                   std::unique_lock<std::mutex>& lock);
     bool travel(std::vector<Step>& from, std::vector<Step>& to, ListState& live);
-    // Without the lock: frees what the last change left over, and keeps memory in bounds.
-    void tidy();
+    // Without the lock: frees what the last change left over.
+    void tidy() { store_->discard(std::exchange(garbage_, {})); }
 
     std::shared_ptr<StoreCore> store_;
     Timeline time_;
@@ -132,11 +137,6 @@ void History::Impl::clear() {
         store_->changed(time_);
     }
     tidy();
-}
-
-void History::Impl::tidy() {
-    store_->discard(std::exchange(garbage_, {}));
-    store_->relieve();
 }
 
 // Gives contents that were open their pixels, now that the change they stood open for is over.
@@ -171,7 +171,7 @@ Step History::Impl::makeStep(std::string label, const ListState& live) {
         PageState state = page;
         state.raster = {};
         step.pages.push_back(
-            {std::move(state), page.raster.palette(), store_->contentOf(page.raster)});
+            {std::move(state), page.raster.palette(), store_->contentOf(page.raster, time_)});
     }
     return step;
 }
@@ -197,6 +197,7 @@ void History::Impl::record(std::string label, ListState before) {
     }
     before.pages.clear(); // its shares would keep pixels from being packed
     tidy();
+    store_->relieve();
 }
 
 bool History::Impl::recordRect(std::string label, const ListState& live,
@@ -213,18 +214,22 @@ bool History::Impl::recordRect(std::string label, const ListState& live,
         seal(live);
         Step step = makeStep(std::move(label), live);
         step.isInPlace = true;
-        const ContentRef content = step.pages[current].content;
+        ContentRef& content = step.pages[current].content;
         Patch patch = copiedPatch(raster.view(), rectTiles(raster.view(), rect));
-        StepPage after{step.pages[current].state, {}, std::make_shared<Content>(raster)};
+        // Others keep the whole pixels, which makes the live ones a copy at the first write.
+        if (content->isCommon) content = newContent(raster);
+        const ContentRef after = newContent(raster);
         Step present;
-        present.pages.push_back(after);
+        present.pages.push_back({step.pages[current].state, {}, after});
+        const ContentRef before = content;
         push(std::move(step));
-        store_->dropRaw(*content);
-        content->patch = std::move(patch);
-        content->base = std::move(after.content);
+        store_->dropRaw(*before);
+        before->patch = std::move(patch);
+        before->base = after;
         time_.present = std::move(present);
     }
     tidy();
+    store_->relieve();
     return true;
 }
 
@@ -257,6 +262,7 @@ bool History::Impl::travel(std::vector<Step>& from, std::vector<Step>& to, ListS
         assert(isInOrder(time_));
     }
     tidy();
+    store_->dropPacked();
     return true;
 }
 

@@ -37,8 +37,9 @@ struct ListState {
 // memory budget.
 class HistoryStore {
   public:
-    // Bytes that all undo steps together may keep in memory before they are written out.
-    explicit HistoryStore(std::uint64_t memoryBudget = std::uint64_t{384} << 20);
+    // Bytes that all undo steps together may keep in memory before they are written out. When
+    // steps come faster than that gets on, it is half as much again for a moment.
+    explicit HistoryStore(std::uint64_t memoryBudget = std::uint64_t{256} << 20);
     ~HistoryStore();
     HistoryStore(const HistoryStore&) = delete;
     HistoryStore& operator=(const HistoryStore&) = delete;

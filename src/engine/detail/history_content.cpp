@@ -20,6 +20,17 @@ bool leansOnOpen(const Content& content) {
     return c->isOpen();
 }
 
+// What a common content leans on is as common as itself.
+void makeCommon(Content& content) {
+    for (Content* c = &content; c && !c->isCommon; c = c->base.get())
+        c->isCommon = true;
+}
+
+void setBase(Content& content, ContentRef base) {
+    if (base && content.isCommon) makeCommon(*base);
+    content.base = std::move(base);
+}
+
 Recipe::Recipe(const Content& content)
     : type_(content.type), width_(content.width), height_(content.height) {
     const Content* c = &content;

@@ -13,6 +13,7 @@
 namespace kvn::engine::detail {
 
 struct Content;
+struct Timeline;
 using ContentRef = std::shared_ptr<Content>;
 
 // The pixels of one page at one time. They never change; the form they are kept in does:
@@ -33,8 +34,11 @@ struct Content : std::enable_shared_from_this<Content> {
     imaging::Raster raw;
     Patch patch;
     ContentRef base;
-    bool isBusy = false;     // a job or an exchange is at work with it
-    bool isPacking = false;  // of these, a job that holds a share of `raw`
+    const Timeline* owner = nullptr; // who met it first
+    bool isBusy = false;             // a job is at work with it
+    bool isPinned = false;  // an exchange is about to write to its raw pixels: none may share them
+    bool isPacking = false; // of these, a job that holds a share of `raw`
+    bool isCommon = false;  // several histories need it, so it must not come to lean on live pixels
     bool wantsWhole = false; // a difference would have led in a circle
 
     bool isOpen() const { return raw.isEmpty() && !patch; }
@@ -50,6 +54,8 @@ struct Content : std::enable_shared_from_this<Content> {
 
 bool leansOn(const Content& content, const Content& other);
 bool leansOnOpen(const Content& content);
+void makeCommon(Content& content);
+void setBase(Content& content, ContentRef base);
 
 // How to make the pixels of a content; taken under the lock, followed without it.
 class Recipe {

@@ -18,7 +18,7 @@ constexpr std::uint64_t worthPacking = 4096;
 constexpr auto retryAfter = std::chrono::seconds(10);
 
 bool holdsIdleRaw(const Content& content) {
-    return !content.isBusy && content.ownRawBytes() > 0;
+    return !content.isBusy && !content.isPinned && content.ownRawBytes() > 0;
 }
 
 } // namespace
@@ -68,8 +68,8 @@ CoolingJob StoreCore::pickPack(int leastRank) {
         job.raw = content.raw;
         content.isPacking = true;
         Content* toward = it->toward;
-        if (toward && !content.wantsWhole && !toward->isBusy && toward->fits(content.raw) &&
-            !toward->raw.isEmpty()) {
+        if (toward && !content.wantsWhole && !toward->isBusy && !toward->isPinned &&
+            toward->fits(content.raw) && !toward->raw.isEmpty()) {
             job.neighbour = toward->shared_from_this();
             job.neighbourRaw = toward->raw;
             toward->isBusy = true;
@@ -127,7 +127,7 @@ void StoreCore::publish(CoolingJob& job) {
         return;
     }
     content.patch = std::move(job.patch);
-    if (job.isDifference) content.base = std::move(job.neighbour);
+    if (job.isDifference) setBase(content, std::move(job.neighbour));
     isStale_ = true;
 }
 

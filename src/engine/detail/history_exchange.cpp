@@ -39,19 +39,19 @@ Exchange::Exchange(StoreCore& store, const Step& target, const Step& reverse, Li
 
 Exchange::~Exchange() {
     for (const InPlace& exchange : inPlace_)
-        exchange.target->isBusy = exchange.source->isBusy = false;
+        exchange.source->isPinned = false;
 }
 
 bool Exchange::planInPlace(std::size_t page) {
     const ContentRef& content = target_.pages[page].content;
     const ContentRef& source = content->base;
-    if (!source || source->isBusy || content->isBusy) return false;
+    if (!source || source->isPinned) return false; // pinned: another page takes these pixels
     for (std::size_t i = 0; i < reverse_.pages.size(); ++i) {
         if (reverse_.pages[i].content != source) continue;
         // With a third holder the pixels would have to be copied anyway.
         if (!sharedByTwo(live_.pages[i].raster, source->raw)) return false;
         inPlace_.push_back({page, i, content, source, content->patch});
-        content->isBusy = source->isBusy = true;
+        source->isPinned = true;
         return true;
     }
     return false;
@@ -98,7 +98,7 @@ void Exchange::swap(InPlace& exchange) noexcept {
     target.base = nullptr;
     target.patch = {};
     source.patch = std::move(exchange.pixels);
-    source.base = exchange.target;
+    setBase(source, exchange.target);
 
     pixels.setPalette(std::move(palette));
     next_.pages[exchange.page].raster = std::move(pixels);

@@ -119,6 +119,17 @@ void StoreCore::discard(std::vector<Step> steps) noexcept {
     }
 }
 
+void StoreCore::dropPacked() {
+    std::vector<imaging::Raster> freed; // after the lock
+    const std::lock_guard lock(mutex_);
+    try {
+        refresh();
+        dropPacked(freed);
+    } catch (const std::bad_alloc&) {
+        // The background thread does it later.
+    }
+}
+
 std::uint64_t StoreCore::budget() const {
     const std::lock_guard lock(mutex_);
     return budget_;
@@ -167,12 +178,15 @@ std::uint64_t StoreCore::inUse() const {
     return sum;
 }
 
-ContentRef StoreCore::contentOf(const imaging::Raster& raster) {
+ContentRef StoreCore::contentOf(const imaging::Raster& raster, const Timeline& user) {
     if (raster.isEmpty()) return nullptr;
     if (const auto at = byPixels_.find(raster.view().data); at != byPixels_.end())
-        if (ContentRef known = at->second.lock(); known && known->raw.sharesPixelsWith(raster))
+        if (ContentRef known = at->second.lock(); known && known->raw.sharesPixelsWith(raster)) {
+            if (known->owner != &user) makeCommon(*known);
             return known;
+        }
     auto content = std::make_shared<Content>(raster);
+    content->owner = &user;
     giveRaw(content, raster);
     return content;
 }

@@ -29,6 +29,9 @@ class StoreCore {
     // Frees and moves until the steps are not far above the budget: called when steps come faster
     // than the background thread gets on.
     void relieve();
+    // Frees pixels that have been unpacked for steps which are no longer near: walking through
+    // the steps must not leave them all unpacked.
+    void dropPacked();
     // Frees many steps in the background, since giving disk space back takes its time.
     void discard(std::vector<Step> steps) noexcept;
 
@@ -43,7 +46,7 @@ class StoreCore {
     // To be called after every change of a timeline, which becomes the one last used.
     void changed(Timeline& timeline);
     // The content with exactly these pixels: a known one if its raw pixels are the same memory.
-    ContentRef contentOf(const imaging::Raster& raster);
+    ContentRef contentOf(const imaging::Raster& raster, const Timeline& user);
     // From now on the content's raw pixels are those of the raster.
     void giveRaw(const ContentRef& content, const imaging::Raster& raster);
     void dropRaw(Content& content);
