@@ -40,7 +40,7 @@ void LoadAlphaMaskList(MenuState& menus, const QString& folder) {
     menus.setVisible(QStringLiteral("mnuChannelsAlpha"), 0, !names.isEmpty());
     menus.resizeGroup(group(), firstMask, static_cast<int>(names.size()));
     for (int i = 0; i < names.size(); ++i)
-        menus.setCaption(group(), firstMask + i, names[i]);
+        menus.setCaption(group(), firstMask + i, names[i].replace(u'&', QStringLiteral("&&")));
 }
 
 } // namespace kvn::document

@@ -85,12 +85,27 @@ void frmMain::progress(int percent, const QString& message, bool* cancel) {
     if (percent == 100 || *cancel) waiting_.reset();
 }
 
-// The report throws for a download of unknown size; throwing through the engine's signal would
-// leave the transfer running with nobody to end it.
 void frmMain::download(qint64 read, qint64 total, bool* cancel) {
-    const bool done =
-        guarded(*this, [&] { services_.progress.download(this, read, total, cancel); });
-    if (!done) *cancel = true;
+    if (!waiting_) waiting_.emplace();
+    try {
+        services_.progress.download(this, read, total, cancel);
+    } catch (const RuntimeError&) {
+        *cancel = true; // a download of nothing; its command says nothing of failures
+    }
+    if (read == total || *cancel) waiting_.reset();
+}
+
+void frmMain::SetCurrTool(int tool) {
+    ImgX->setToolMode(0);
+    ImgX->setMousePointer(1);
+    const ToolLook* look = toolLook(tool);
+    if (!look) return;
+    if (look->icon) {
+        ImgX->setMousePointer(99);
+        ImgX->setMouseIcon(pointerPicture(QString::fromLatin1(look->icon)));
+    } else {
+        ImgX->setToolMode(look->mode);
+    }
 }
 
 } // namespace kvn::document

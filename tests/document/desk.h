@@ -192,6 +192,10 @@ class FakeHost : public document::DocumentHost {
     QWidget frame;
     int activations = 0;
 
+    FakeHost() {
+        frame.resize(800, 600);
+        frame.show();
+    }
     ~FakeHost() override {
         for (const auto& document : adopted)
             delete document;

@@ -174,7 +174,7 @@ class Files : public QObject {
             document = desk_->open(desk_->file(
                 "g.gif",
                 QByteArray::fromHex("47494638396101000100800000ff0000ffffff2c00000000010001"
-                                    "00000202440 13b")));
+                                    "000002024401003b")));
         } else if (kind == "blocked") {
             document = desk_->open(desk_->picture("p.png"));
             QVERIFY(QFile::remove(desk_->path("p.png")));
