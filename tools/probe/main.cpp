@@ -47,6 +47,8 @@ bool dispatch(const QStringList& words) {
 int main(int argc, char** argv) {
     // Text in metafiles needs the font system, but never a display.
     qputenv("QT_QPA_PLATFORM", "offscreen");
+    // Standard error is for the one line of a failure; the toolkit has nothing to say there.
+    qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
     const QGuiApplication application(argc, argv);
     try {
         if (dispatch(QGuiApplication::arguments().mid(1))) return 0;
