@@ -14,8 +14,8 @@ namespace {
 constexpr std::uint32_t one = 65535;
 
 // The high half of a product of two 16-bit numbers: what vector units have an instruction for.
-inline std::uint16_t part(std::uint32_t value, std::uint32_t weight) {
-    return static_cast<std::uint16_t>(value * weight >> 16);
+inline std::uint16_t part(std::uint16_t value, std::uint16_t weight) {
+    return static_cast<std::uint16_t>(std::uint32_t{value} * weight >> 16);
 }
 
 AreaSpan spanOf(double begin, double end, double length) {
@@ -32,46 +32,37 @@ AreaSpan spanOf(double begin, double end, double length) {
     std::uint32_t rest = one;
     for (int i = 2; i > 0; --i) {
         const auto weight = static_cast<std::uint32_t>(std::lround(covered[i] / total * one));
-        span.weight[i] = static_cast<std::uint16_t>(std::min(weight, rest));
+        span.weight[i] = std::min(weight, rest);
         rest -= span.weight[i];
     }
-    span.weight[0] = static_cast<std::uint16_t>(rest);
+    span.weight[0] = rest;
     return span;
 }
 
 KVN_VECTORS void blendThree(const std::uint8_t* a, const std::uint8_t* b, const std::uint8_t* c,
                             const std::uint16_t* weight, int count, std::uint16_t* out) {
     const std::uint16_t wa = weight[0], wb = weight[1], wc = weight[2];
-    for (std::ptrdiff_t i = 0; i < count; ++i) {
-        const std::uint16_t va = static_cast<std::uint16_t>(a[i] << 8);
-        const std::uint16_t vb = static_cast<std::uint16_t>(b[i] << 8);
-        const std::uint16_t vc = static_cast<std::uint16_t>(c[i] << 8);
-        out[i] = static_cast<std::uint16_t>(part(va, wa) + part(vb, wb) + part(vc, wc));
-    }
+    for (std::ptrdiff_t i = 0; i < count; ++i)
+        out[i] = static_cast<std::uint16_t>(part(static_cast<std::uint16_t>(a[i] << 8), wa) +
+                                            part(static_cast<std::uint16_t>(b[i] << 8), wb) +
+                                            part(static_cast<std::uint16_t>(c[i] << 8), wc));
 }
 
 KVN_VECTORS void blendTwo(const std::uint8_t* a, const std::uint8_t* b, const std::uint16_t* weight,
                           int count, std::uint16_t* out) {
     const std::uint16_t wa = weight[0], wb = weight[1];
-    for (std::ptrdiff_t i = 0; i < count; ++i) {
-        const std::uint16_t va = static_cast<std::uint16_t>(a[i] << 8);
-        const std::uint16_t vb = static_cast<std::uint16_t>(b[i] << 8);
-        out[i] = static_cast<std::uint16_t>(part(va, wa) + part(vb, wb));
-    }
-}
-
-// Back from 1/256 to whole steps, rounded to nearest.
-inline std::uint32_t whole(std::uint32_t sum) {
-    return (sum + 128) >> 8;
+    for (std::ptrdiff_t i = 0; i < count; ++i)
+        out[i] = static_cast<std::uint16_t>(part(static_cast<std::uint16_t>(a[i] << 8), wa) +
+                                            part(static_cast<std::uint16_t>(b[i] << 8), wb));
 }
 
 void blendGrayColumns(const std::uint16_t* sums, const std::vector<AreaSpan>& spans,
                       std::uint32_t* out) {
     for (const AreaSpan& span : spans) {
         const std::uint16_t* at = sums + span.first;
-        const std::uint32_t gray = whole(std::uint32_t{part(at[0], span.weight[0])} +
-                                         part(at[1], span.weight[1]) + part(at[2], span.weight[2]));
-        *out++ = gray * 0x00010101u | 0xFF000000u;
+        const std::uint32_t sum =
+            at[0] * span.weight[0] + at[1] * span.weight[1] + at[2] * span.weight[2] + (1u << 23);
+        *out++ = (sum >> 24) * 0x00010101u | 0xFF000000u;
     }
 }
 
@@ -85,8 +76,7 @@ inline void blendColorColumns(const std::uint16_t* sums, const AreaSpan* spans, 
         const std::uint16_t* at = sums + std::ptrdiff_t{span.first} * Channels;
         const Four sum = loadFour(at) * span.weight[0] + loadFour(at + Channels) * span.weight[1] +
                          loadFour(at + 2 * Channels) * span.weight[2];
-        const auto bytes = __builtin_convertvector((sum + (1u << 23)) >> 24, FourBytes);
-        std::memcpy(out + i, &bytes, sizeof bytes);
+        out[i] = packFour((sum + (1u << 23)) >> 24);
     }
 }
 
@@ -113,10 +103,13 @@ std::vector<AreaSpan> areaSpans(std::int64_t begin, int count, double factor, do
 
 void blendRows(const std::uint8_t* const rows[3], const AreaSpan& span, int count,
                std::uint16_t* out) {
+    const std::uint16_t weight[] = {static_cast<std::uint16_t>(span.weight[0]),
+                                    static_cast<std::uint16_t>(span.weight[1]),
+                                    static_cast<std::uint16_t>(span.weight[2])};
     if (span.weight[2] == 0)
-        blendTwo(rows[0], span.weight[1] ? rows[1] : rows[0], span.weight, count, out);
+        blendTwo(rows[0], span.weight[1] ? rows[1] : rows[0], weight, count, out);
     else
-        blendThree(rows[0], rows[1], rows[2], span.weight, count, out);
+        blendThree(rows[0], rows[1], rows[2], weight, count, out);
 }
 
 void blendColumns(SampleForm form, const std::uint16_t* sums, int left,

@@ -13,7 +13,7 @@ namespace kvn::imaging {
 // one; the weights of a span come to one. Pixels of weight 0 need not exist.
 struct AreaSpan {
     int first = 0;
-    std::uint16_t weight[3] = {};
+    std::uint32_t weight[3] = {};
 };
 
 // The spans of results begin..begin+count-1. Result i covers the source from i * factor to

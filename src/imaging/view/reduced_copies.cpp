@@ -70,8 +70,7 @@ KVN_VECTORS void meanOfNeighbours(const std::uint16_t* columns, int count, int b
                                   std::uint8_t* out) {
     for (std::ptrdiff_t i = 0; i < count; ++i) {
         const Four sum = loadFour(columns + 6 * i) + loadFour(columns + 6 * i + 3);
-        const auto bytes =
-            __builtin_convertvector((sum + static_cast<std::uint32_t>(bias)) >> 2, FourBytes);
+        const std::uint32_t bytes = packFour((sum + static_cast<std::uint32_t>(bias)) >> 2);
         std::memcpy(out + 3 * i, &bytes, i + 1 < count ? 4 : 3);
     }
 }

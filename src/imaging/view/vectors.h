@@ -15,15 +15,26 @@
 
 namespace kvn::imaging {
 
-// The channels of one pixel.
+// The channels of one pixel. The shuffles are spelled out because the compiler turns plain
+// conversions between these sizes into single steps.
 typedef std::uint32_t Four __attribute__((vector_size(16)));
-typedef std::uint16_t FourShorts __attribute__((vector_size(8)));
-typedef std::uint8_t FourBytes __attribute__((vector_size(4)));
+typedef std::uint16_t EightShorts __attribute__((vector_size(16)));
+typedef std::uint8_t SixteenBytes __attribute__((vector_size(16)));
 
 inline __attribute__((always_inline)) Four loadFour(const std::uint16_t* from) {
-    FourShorts shorts;
-    std::memcpy(&shorts, from, sizeof shorts);
-    return __builtin_convertvector(shorts, Four);
+    EightShorts shorts = {};
+    std::memcpy(&shorts, from, 8);
+    return (Four)__builtin_shufflevector(shorts, EightShorts{}, 0, 8, 1, 9, 2, 10, 3, 11);
+}
+
+// Each channel below 256: one byte each, the first in the lowest.
+inline __attribute__((always_inline)) std::uint32_t packFour(Four channels) {
+    const auto wide = (SixteenBytes)channels;
+    const auto bytes =
+        __builtin_shufflevector(wide, wide, 0, 4, 8, 12, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0);
+    std::uint32_t packed;
+    std::memcpy(&packed, &bytes, 4);
+    return packed;
 }
 
 } // namespace kvn::imaging
