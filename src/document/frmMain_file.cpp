@@ -111,6 +111,7 @@ bool frmMain::takeChosen() {
     } catch (const RuntimeError&) {
         if (ImgX->IsEmpty()) return false;
     }
+    Dialog.forgetImage();
     showTitle(*this, QStringLiteral("100%"));
     try {
         ApplySaveSettings();

@@ -80,11 +80,16 @@ bool Dialog::show(bool save) {
 }
 
 void Dialog::chooseFile(const QString& path) {
+    forgetImage();
     fileName_ = path;
+    unread_ = true;
+}
+
+void Dialog::forgetImage() {
     image_ = engine::Image(engine_, imageName);
     image_.setTraceIdentity(who_.doc, imageName);
     imageError_.clear();
-    unread_ = true;
+    unread_ = false;
 }
 
 void Dialog::read() {

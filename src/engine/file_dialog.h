@@ -32,6 +32,8 @@ class Dialog {
     engine::Image Image();
     // Why it could not; empty if it could.
     QString imageError();
+    // Lets the picture go, once it was taken over: a second holder would keep its pixels.
+    void forgetImage();
     // Whose window follows the reading; a null image for none.
     void setProgressTarget(const engine::Image& target) { progressTarget_ = target; }
     // Takes a file that the user named elsewhere as if the open dialog had chosen it.
