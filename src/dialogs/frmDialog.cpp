@@ -78,6 +78,12 @@ frmDialog::frmDialog(Asking& asking, QWidget* owner)
     place();
 }
 
+// The boxes write into themselves from LastText when they lose the focus, so they go before it.
+frmDialog::~frmDialog() {
+    adding_ = true;
+    delete scroller_;
+}
+
 void frmDialog::makeBottom() {
     picBottom_->setObjectName(QStringLiteral("picBottom"));
     cmdOK_ = new QPushButton(QStringLiteral("OK"), picBottom_);

@@ -31,6 +31,7 @@ class frmDialog : public QDialog {
 
     // `asking` shows the colour dialog of colour rows. `owner` may be null.
     frmDialog(Asking& asking, QWidget* owner);
+    ~frmDialog() override;
 
     // True once the user left by Cancel, Esc or the close box.
     bool Cancelled = false;
