@@ -44,6 +44,9 @@ void putFrame(GifFileType* gif, const Frame& frame) {
     const auto size = EGifGCBToExtension(&control, block);
     EGifPutExtension(gif, GRAPHICS_EXT_FUNC_CODE, static_cast<int>(size), block);
     ColorMapObject* map = frame.palette.empty() ? nullptr : mapOf(frame.palette);
+    // The encoder forgets the last frame's table.
+    GifFreeMapObject(gif->Image.ColorMap);
+    gif->Image.ColorMap = nullptr;
     EGifPutImageDesc(gif, frame.x, frame.y, frame.width, frame.height, frame.interlaced, map);
     if (map) GifFreeMapObject(map);
     std::vector<int> rows;

@@ -36,8 +36,20 @@ class Layout {
     Layout(const TiffStructure& source, std::uint32_t position, bool bigEndian)
         : source_(source), position_(position), bigEndian_(bigEndian) {}
 
-    const Bytes& bytes() const { return bytes_; }
     Bytes& bytes() { return bytes_; }
+
+    // Gives the maker's note the place in the new file that it had in the old one, if that is
+    // near and still free: most makers count offsets from the beginning of the file.
+    void keepPlaceOf(const TiffEntry& note) {
+        constexpr std::size_t near = 48 << 10;
+        const auto place = static_cast<std::size_t>(note.value.data() - source_.bytes().data());
+        if (note.value.size() <= 4 || place < position_ + bytes_.size()) return;
+        if (place + note.value.size() > position_ + near) return;
+        bytes_.resize(place - position_);
+        bytes_.insert(bytes_.end(), note.value.begin(), note.value.end());
+        kept_ = note.value.data();
+        keptPlace_ = static_cast<std::uint32_t>(place);
+    }
 
     void put(std::size_t at, std::uint32_t value, int size) {
         for (int i = 0; i < size; ++i) {
@@ -83,6 +95,10 @@ class Layout {
         }
         put(at + 2, entry.type, 2);
         put(at + 4, static_cast<std::uint32_t>(entry.count), 4);
+        if (kept_ && entry.value.data() == kept_) {
+            put(at + 8, keptPlace_, 4);
+            return;
+        }
         const Bytes value = turned(entry);
         if (value.size() <= 4) {
             std::ranges::copy(value, bytes_.begin() + static_cast<std::ptrdiff_t>(at + 8));
@@ -109,7 +125,19 @@ class Layout {
     std::uint32_t position_;
     bool bigEndian_;
     Bytes bytes_;
+    const std::uint8_t* kept_ = nullptr; // the note in the source
+    std::uint32_t keptPlace_ = 0;
 };
+
+// The maker's note of the directory that a page's or a block's own one points to.
+void keepPlaceOfNote(Layout& layout, const TiffStructure& source, const TiffDirectory& main) {
+    constexpr std::uint16_t noteTag = 37500;
+    const TiffEntry* pointer = main.find(cameraTag);
+    const auto camera =
+        pointer ? source.directory(source.number(*pointer)) : std::optional<TiffDirectory>{};
+    const TiffEntry* note = camera ? camera->find(noteTag) : nullptr;
+    if (note) layout.keepPlaceOf(*note);
+}
 
 constexpr int pointerDepth = 2;
 
@@ -125,8 +153,8 @@ Bytes exifOfTiffPage(const TiffStructure& file, const TiffDirectory& page) {
     layout.bytes().resize(8);
     layout.bytes()[0] = layout.bytes()[1] = file.bigEndian() ? 'M' : 'I';
     layout.put(2, 42, 2);
-    layout.put(4, 8, 4);
-    layout.add(entries, pointerDepth);
+    keepPlaceOfNote(layout, file, page);
+    layout.put(4, layout.add(entries, pointerDepth), 4);
     return std::move(layout.bytes());
 }
 
@@ -143,6 +171,7 @@ PlacedExif placeExif(const Bytes& exif, std::uint32_t position, bool bigEndian) 
             entry ? block.directory(block.number(*entry)) : std::optional<TiffDirectory>{};
         return target ? layout.add(target->entries, pointerDepth - 1) : 0;
     };
+    keepPlaceOfNote(layout, block, *main);
     placed.camera = place(cameraTag);
     placed.position = place(positionTag);
     for (const std::uint16_t tag : textTags)

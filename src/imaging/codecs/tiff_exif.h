@@ -1,8 +1,8 @@
 // EXIF blocks in and out of TIFF files, where they are not a block but directories among others.
 //
 // Carried are the camera's and the position's directories whole, and of the page's own one what
-// names camera, program, time and people. Values that hold offsets of their own into the old file
-// (some maker notes) are copied as they are.
+// names camera, program, time and people. Values are copied as they are; a maker's note keeps its
+// place in the file where that can be, since it holds offsets of its own.
 #pragma once
 
 #include <cstdint>
