@@ -183,8 +183,12 @@ void ViewportTest::pixelsAndPlacesAgree() {
             QVERIFY(std::abs(v.imagePoint({x + 0.5, 0}).x - (column + 0.5)) <= 0.5 + 1e-9);
         }
     }
+    v.setZoom(0.01, {0, 0}); // the picture's corner is its first pixel however small it is shown
+    QCOMPARE(v.firstPixel(), (Point{0, 0}));
+    QCOMPARE(v.imagePixel(0, 0), (Point{50, 50}));
     v.setZoom(1, {0, 0});
     v.scrollTo(40, 30);
+    QCOMPARE(v.firstPixel(), (Point{40, 30}));
     QCOMPARE(v.imagePixel(7, 9), (Point{47, 39}));
     QCOMPARE(v.imagePixel(-50, 0), (Point{-10, 30}));
 }

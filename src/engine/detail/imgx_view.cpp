@@ -203,7 +203,7 @@ void ImgXView::Impl::showMagnifier(bool on) {
                               [this](imaging::Point pixel) {
                                   return painter_.picture().pixel(pixel.x, pixel.y);
                               }},
-            &control_);
+            control_.viewport());
         magnifier_->setRate(magnifierRate_);
     }
     if (magnifier_) magnifier_->setVisible(on && control_.viewport()->isVisible());
@@ -269,10 +269,10 @@ void ImgXView::setZoomFit(int kind) {
     if (impl_->fitEnabled_) impl_->zoomAt(impl_->viewport_.fittingZoom(kind), {0, 0});
 }
 int ImgXView::scrollX() const {
-    return impl_->viewport_.imagePixel(0, 0).x;
+    return impl_->viewport_.firstPixel().x;
 }
 int ImgXView::scrollY() const {
-    return impl_->viewport_.imagePixel(0, 0).y;
+    return impl_->viewport_.firstPixel().y;
 }
 
 QPoint ImgXView::imageFromCanvas(const QPoint& canvas) const {

@@ -5,6 +5,8 @@
 #include <QPaintEvent>
 #include <QPainter>
 #include <QPointer>
+#include <QScopeGuard>
+#include <QScopedValueRollback>
 #include <QScrollBar>
 #include <QWheelEvent>
 #include <cmath>
@@ -152,11 +154,14 @@ void ImgXView::Impl::wheel(QWheelEvent* event) {
     }
     const int distance = wheelCounter_.add(angle.y());
     if (distance == 0) return;
-    const QPointer<ImgX> alive(&control_);
     const RealPoint place = devicePlace(event->position());
     wheelAnchor_ = RealPoint{std::floor(place.x) + 0.5, std::floor(place.y) + 0.5};
+    // Whether the listener fails or even takes the control away.
+    const auto reset = [this, alive = QPointer<ImgX>(&control_)] {
+        if (alive) wheelAnchor_.reset();
+    };
+    const auto guard = qScopeGuard(reset);
     emit control_.MouseWheel(distance);
-    if (alive) wheelAnchor_.reset();
 }
 
 // --- keys ---------------------------------------------------------------------------------------
@@ -242,7 +247,7 @@ void ImgXView::Impl::paint(QPaintEvent* event) {
     if (r != arrangedRatio_) arrange(); // the window has come to another screen
     QWidget* canvas = control_.viewport();
     QPainter painter(canvas);
-    painting_ = true;
+    const QScopedValueRollback<bool> painting(painting_, true);
     try {
         painter_.paint(painter, event->rect(), canvas->size(), r, viewport_);
     } catch (const std::exception&) {
@@ -263,7 +268,6 @@ void ImgXView::Impl::paint(QPaintEvent* event) {
     painter.save();
     emit control_.AfterPaint(&painter);
     painter.restore();
-    painting_ = false;
 }
 
 // --- what the control calls ---------------------------------------------------------------------

@@ -23,7 +23,7 @@ class Magnifier : public QWidget {
         std::function<imaging::Rgba(imaging::Point)> color;
     };
 
-    // `owner` is the control whose window it belongs to and at whose corner it first shows.
+    // `owner` is the canvas whose window it belongs to and at whose corner it shows.
     Magnifier(Source source, QWidget* owner);
 
     void setRate(int rate);

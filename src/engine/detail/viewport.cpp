@@ -85,6 +85,13 @@ RealPoint Viewport::imagePoint(RealPoint place) const {
     return {(origin_.x + place.x) / zoom_, (origin_.y + place.y) / zoom_};
 }
 
+Point Viewport::firstPixel() const {
+    constexpr double rounding = 1e-9; // a place that was computed from this pixel gives it back
+    const RealPoint corner = imagePoint({0, 0});
+    return {clampedInt(std::floor(corner.x + rounding)),
+            clampedInt(std::floor(corner.y + rounding))};
+}
+
 Point Viewport::imagePixel(int x, int y) const {
     const auto index = [this](int origin, int place) {
         return clampedInt(

@@ -47,6 +47,8 @@ class Viewport {
     // Clips. False if that changes nothing.
     bool scrollTo(std::int64_t x, std::int64_t y);
 
+    // The image pixel at the canvas's top left corner.
+    imaging::Point firstPixel() const;
     // The image pixel shown by a device pixel of the canvas; outside the picture too.
     imaging::Point imagePixel(int x, int y) const;
     // The image point at a place of the canvas.
