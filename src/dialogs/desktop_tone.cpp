@@ -50,6 +50,8 @@ void DesktopTone::readPalette() {
 }
 
 void DesktopTone::askPortal() {
+    // Qt finds the slot by the names of its types, and registers this one only later by itself.
+    qRegisterMetaType<QDBusVariant>("QDBusVariant");
     QDBusConnection bus = QDBusConnection::sessionBus();
     bus.connect(service, path, settings, QStringLiteral("SettingChanged"), this,
                 SLOT(settingChanged(QString, QString, QDBusVariant)));
