@@ -1,6 +1,7 @@
 #include "dialogs/file_filter.h"
 
 #include <QFileInfo>
+#include <algorithm>
 #include <array>
 
 namespace kvn::dialogs {
@@ -14,6 +15,16 @@ struct Spelling {
 constexpr std::array spellings = {Spelling{"jpeg", "jpg"}, Spelling{"jpe", "jpg"},
                                   Spelling{"jfif", "jpg"}, Spelling{"tiff", "tif"},
                                   Spelling{"dib", "bmp"}};
+
+// Extensions of pictures that no row of the save window may know: the name "photo.gif" is not to
+// become "photo.gif.jpg".
+constexpr std::array otherPictures = {"gif", "ico", "webp", "avif", "heic", "heif", "jxl", "jp2",
+                                      "svg", "pbm", "raw",  "dng",  "pdf",  "xcf",  "ppm", "pgm"};
+
+bool isOtherPicture(const QString& extension) {
+    return std::any_of(otherPictures.begin(), otherPictures.end(),
+                       [&](const char* other) { return extension == QLatin1String(other); });
+}
 
 QString usualSpelling(const QString& extension) {
     for (const Spelling& spelling : spellings)
@@ -82,8 +93,8 @@ QString FileFilter::fitted(const QString& name, int row, const QString& defaultE
     if (wanted.isEmpty())
         return bare && !defaultExt.isEmpty() ? stem + QLatin1Char('.') + defaultExt : name;
     if (!bare && takes(rows_[static_cast<std::size_t>(row)], extension)) return name;
-    const bool ofAnotherRow = !bare && rowOfName(name) >= 0;
-    return (ofAnotherRow ? withoutExtension(name) : stem) + QLatin1Char('.') + wanted;
+    const bool ofAnotherType = !bare && (rowOfName(name) >= 0 || isOtherPicture(extension));
+    return (ofAnotherType ? withoutExtension(name) : stem) + QLatin1Char('.') + wanted;
 }
 
 } // namespace kvn::dialogs

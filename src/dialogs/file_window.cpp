@@ -77,7 +77,7 @@ void FileWindow::arrange() {
     if (auto* details = findChild<QTreeView*>(QStringLiteral("treeView"))) {
         QHeaderView* header = details->header();
         header->resizeSection(header->count() - 1, dateColumn);
-        header->resizeSection(0, 300);
+        header->resizeSection(0, 380);
     }
 }
 

@@ -106,7 +106,7 @@ class FileWindowTest : public QObject {
         QTest::newRow("another row's") << "a.jpg" << 1 << "a.png";
         QTest::newRow("another row's spelling") << "a.TIFF" << 0 << "a.jpg";
         QTest::newRow("not an extension of ours") << "photo v1.2" << 0 << "photo v1.2.jpg";
-        QTest::newRow("two dots") << "a.tar.gif" << 2 << "a.tar.gif.tif";
+        QTest::newRow("a picture that no row saves") << "a.b.GIF" << 2 << "a.b.tif";
         QTest::newRow("hidden file") << ".rc" << 0 << ".rc.jpg";
         QTest::newRow("dot in a folder") << "/a.b/c" << 0 << "/a.b/c.jpg";
         QTest::newRow("row for all files") << "a" << 9 << "a.xyz";
