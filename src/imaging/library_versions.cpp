@@ -24,10 +24,11 @@ std::string dotted(int major, int minor, int patch) {
     return std::to_string(major) + '.' + std::to_string(minor) + '.' + std::to_string(patch);
 }
 
-// The library's own text has further lines.
+// The last word of the first line: "LIBTIFF, Version 4.5.0", then lines about its makers.
 std::string tiffVersion() {
     const std::string text = TIFFGetVersion();
-    return text.substr(0, text.find('\n'));
+    const std::string line = text.substr(0, text.find('\n'));
+    return line.substr(line.rfind(' ') + 1);
 }
 
 } // namespace

@@ -17,6 +17,7 @@ namespace {
 
 constexpr int cascadeStep = 26; // pixels between two new windows
 constexpr int cascadeLength = 8;
+constexpr QSize smallest(320, 160); // so that a tiny picture's title can be read
 
 // The work area. While no document is shown it says how to get one.
 class WorkArea : public QMdiArea {
@@ -105,7 +106,7 @@ void DocumentWindows::present(frmMain* document) {
     const QSize room = area_->viewport()->size();
     const int step = presented_++ % cascadeLength * cascadeStep;
     const QSize border = window->sizeHint() - document->sizeHint();
-    const QSize wanted = (document->sizeHint() + border).boundedTo(room);
+    const QSize wanted = (document->sizeHint() + border).expandedTo(smallest).boundedTo(room);
     // Shifted only as far as it still lies within the frame.
     const QPoint place(std::min(step, room.width() - wanted.width()),
                        std::min(step, room.height() - wanted.height()));

@@ -3,6 +3,7 @@
 #include <QAction>
 #include <QMenu>
 #include <QMenuBar>
+#include <QMouseEvent>
 
 #include "dialogs/look.h"
 #include "shell/menu/tree.h"
@@ -43,7 +44,7 @@ QString menuObjectName(std::string_view name, int index) {
     return index == menu::single ? text(name) : QStringLiteral("%1(%2)").arg(text(name)).arg(index);
 }
 
-MenuTree::MenuTree(QMenuBar& bar, const Available& available) : available_(available) {
+MenuTree::MenuTree(QMenuBar& bar, const Available& available) : bar_(bar), available_(available) {
     for (const menu::Item& item : menu::tree()) {
         QMenu* menu = addMenu(item, {}, bar);
         bar.addMenu(menu);
@@ -54,11 +55,20 @@ MenuTree::MenuTree(QMenuBar& bar, const Available& available) : available_(avail
 QMenu* MenuTree::addMenu(const menu::Item& item, std::string_view hint, QWidget& parent) {
     auto* menu = new QMenu(text(item.caption), &parent);
     menu->setObjectName(menuObjectName(item.name, item.index));
-    menu->setToolTipsVisible(true);
+    menu->installEventFilter(this);
     if (!item.icon.empty()) menu->setIcon(dialogs::icon(text(item.icon)));
     explain(*menu->menuAction(), explanation(item, hint), true);
     fill(*menu, item.children, item.hint);
     return menu;
+}
+
+bool MenuTree::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::MouseMove)
+        if (auto* menu = qobject_cast<QMenu*>(watched)) {
+            QAction* item = menu->actionAt(static_cast<QMouseEvent*>(event)->position().toPoint());
+            if (item && !item->isEnabled()) item->showStatusText(bar_.window());
+        }
+    return false;
 }
 
 void MenuTree::fill(QMenu& menu, std::span<const menu::Item> items, std::string_view hint) {

@@ -48,6 +48,10 @@ class MenuTree : public QObject, public document::MenuState {
     // The user chose an item. Its check mark is as it was before the click.
     void chosen(const menu::Item& item);
 
+  protected:
+    // Explains also the grey item under the pointer, which Qt passes over.
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
   private:
     struct Node {
         menu::Item item;
@@ -66,6 +70,7 @@ class MenuTree : public QObject, public document::MenuState {
     const Node* find(const QString& name, int index) const;
     Node* find(const QString& name, int index);
 
+    QMenuBar& bar_;
     Available available_;
     std::vector<std::unique_ptr<Node>> nodes_;
     QHash<Key, Node*> byName_;

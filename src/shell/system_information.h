@@ -14,7 +14,7 @@ struct Fact {
 
 QList<Fact> systemInformation();
 
-// One fact a line. Empty for none.
+// One fact a line, the values one below the other. Empty for none.
 QString factsText(const QList<Fact>& facts);
 
 } // namespace kvn::shell

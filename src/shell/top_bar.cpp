@@ -35,7 +35,8 @@ int coordsLeft(int barWidth, int coordsWidth, int panelRight) {
 TopBar::TopBar(QWidget* parent)
     : QFrame(parent), CoordsInfo_(new QFrame(this)),
       lblCoords_(readOut("lblCoords", "Position of the pointer in the picture", CoordsInfo_)),
-      lblArea_(readOut("lblArea", "Width and height of the selection", CoordsInfo_)) {
+      lblArea_(
+          readOut("lblArea", "Width and height of the selection, or of the picture", CoordsInfo_)) {
     setObjectName(QStringLiteral("TopBar"));
     setAccessibleName(QStringLiteral("Options"));
     CoordsInfo_->setObjectName(QStringLiteral("CoordsInfo"));
@@ -46,7 +47,7 @@ TopBar::TopBar(QWidget* parent)
     row->addWidget(heading("Position", CoordsInfo_));
     row->addWidget(lblCoords_);
     row->addSpacing(8);
-    row->addWidget(heading("Selection", CoordsInfo_));
+    row->addWidget(heading("Area", CoordsInfo_));
     row->addWidget(lblArea_);
     setFixedHeight(barHeight);
 }

@@ -88,7 +88,7 @@ constexpr Item specialItems[] = {
     submenu("mnuFilters", 17, "Vibration", vibrationItems).tip("Blur as if the camera had shaken"),
     active("mnuFilters", 34, "Duotone...").tip("Show the picture in tones of one colour"),
     active("mnuFilters", 36, "Halftone...").tip("Show the picture in printed dots"),
-    active("mnuFilters", 38, "Tint...").tip("Turn all colours around the colour circle"),
+    active("mnuFilters", 38, "Tint...").tip("Shift the tint of all colours"),
 };
 
 constexpr Item gammaItems[] = {

@@ -6,7 +6,7 @@ namespace {
 
 // The list grows behind this row while the program runs.
 constexpr Item listItems[] = {
-    active("mnuImagesImage", 0, "No Image").marked(),
+    active("mnuImagesImage", 0, "No Image").marked().tip("Copy this image over the current one"),
 };
 
 constexpr Item typeItems[] = {
