@@ -1,5 +1,6 @@
 // GIF: every frame becomes a page, composed as it is shown. Read only.
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <memory>
@@ -71,11 +72,13 @@ MetadataRef metadataOf(const GifFile& gif) {
 class GifReader {
   public:
     GifReader(std::span<const std::uint8_t> file, const ReadLimits& limits)
-        : fileBytes_(file.size()), gif_(file), pageLimits_(limits), frameLimits_(limits) {}
+        : fileBytes_(file.size()), announced_(countGifFrames(file)), gif_(file),
+          pageLimits_(limits), frameLimits_(limits) {}
 
     Picture read(Task& task) {
         Picture picture;
         picture.type = FileType::Gif;
+        requireRoom();
         while (std::optional<GifFrame> frame = gif_.next()) {
             if (static_cast<int>(picture.pages.size()) >= pageLimits_.maxPages) {
                 picture.warnings.push_back(
@@ -95,6 +98,7 @@ class GifReader {
     }
 
     std::vector<PageFacts> facts() {
+        requireRoom();
         std::vector<PageFacts> facts;
         std::optional<Palette> table;
         while (std::optional<GifFrame> frame = gif_.next()) {
@@ -122,6 +126,20 @@ class GifReader {
             gif_.trouble().empty() ? "The GIF file holds no picture." : gif_.trouble(), "Import");
     }
 
+    // Refuses before any work what would not fit at the end of it.
+    void requireRoom() const {
+        const Size screen = gif_.screen();
+        const double frames = std::clamp(announced_, 1, std::max(1, pageLimits_.maxPages));
+        const double bytes = frames * screen.width * screen.height;
+        if (bytes <= static_cast<double>(pageLimits_.pixelBytes)) return;
+        throw RuntimeError(errors::outOfMemory,
+                           "The " + std::to_string(announced_) + " frames of " +
+                               std::to_string(screen.width) + " x " +
+                               std::to_string(screen.height) +
+                               " pixels are larger than the limit for files.",
+                           "Import");
+    }
+
     // False when there is nothing of the frame.
     bool addFrame(const GifFrame& frame, Picture& picture, Task& task) {
         const Size screen = gif_.screen();
@@ -144,6 +162,7 @@ class GifReader {
     }
 
     std::size_t fileBytes_;
+    int announced_; // frames
     GifFile gif_;
     ReadLimits pageLimits_;  // for what is kept
     ReadLimits frameLimits_; // for what is unpacked on the way

@@ -193,6 +193,32 @@ const std::string& GifFile::trouble() const {
     return state_->trouble;
 }
 
+namespace {
+
+// Bytes of the colour table that a packed field announces.
+std::size_t tableBytes(std::uint8_t packed) {
+    return packed & 0x80 ? std::size_t{6} << (packed & 7) : 0;
+}
+
+} // namespace
+
+int countGifFrames(std::span<const std::uint8_t> file) {
+    constexpr std::size_t headerSize = 13, frameSize = 10;
+    if (file.size() < headerSize) return 0;
+    int frames = 0;
+    std::size_t at = headerSize + tableBytes(file[10]);
+    while (at + frameSize <= file.size() && (file[at] == 0x2c || file[at] == 0x21)) {
+        const bool frame = file[at] == 0x2c;
+        frames += frame;
+        // Frame header, table and code size; or the extension's label.
+        at += frame ? frameSize + tableBytes(file[at + 9]) + 1 : 2;
+        while (at < file.size() && file[at] != 0)
+            at += std::size_t{1} + file[at];
+        ++at;
+    }
+    return frames;
+}
+
 bool isGif(std::span<const std::uint8_t> file) {
     return file.size() >= 6 && (std::memcmp(file.data(), "GIF87a", 6) == 0 ||
                                 std::memcmp(file.data(), "GIF89a", 6) == 0);

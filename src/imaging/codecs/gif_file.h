@@ -57,4 +57,7 @@ class GifFile {
 
 bool isGif(std::span<const std::uint8_t> file);
 
+// How many frames the file announces, found by skipping from block to block; 0 without a header.
+int countGifFrames(std::span<const std::uint8_t> file);
+
 } // namespace kvn::imaging

@@ -1,5 +1,6 @@
 #include "imaging/codecs/tiff_numbers.h"
 
+#include <array>
 #include <bit>
 #include <cmath>
 #include <cstring>
@@ -21,6 +22,24 @@ void forPackedSamples(const std::uint8_t* from, std::size_t count, int bits, con
         heldBits -= bits;
         put(i, static_cast<std::uint32_t>(held >> heldBits & ((std::uint64_t{1} << bits) - 1)));
     }
+}
+
+// The same for widths that divide a byte.
+template <int Bits, typename Put>
+void forDividedBytes(const std::uint8_t* from, std::size_t count, const Put& put) {
+    constexpr std::size_t perByte = 8 / Bits;
+    for (std::size_t i = 0; i < count; ++i) {
+        const int shift = static_cast<int>(perByte - 1 - i % perByte) * Bits;
+        put(i, static_cast<std::uint32_t>(from[i / perByte] >> shift & ((1 << Bits) - 1)));
+    }
+}
+
+template <typename Put>
+void forSmallSamples(const std::uint8_t* from, std::size_t count, int bits, const Put& put) {
+    if (bits == 1) return forDividedBytes<1>(from, count, put);
+    if (bits == 2) return forDividedBytes<2>(from, count, put);
+    if (bits == 4) return forDividedBytes<4>(from, count, put);
+    forPackedSamples(from, count, bits, put);
 }
 
 class Scale {
@@ -90,7 +109,7 @@ void unpackTiffIndices(const std::uint8_t* from, std::size_t count, int bits, st
         std::memcpy(to, from, count);
         return;
     }
-    forPackedSamples(from, count, bits, [to](std::size_t i, std::uint32_t value) {
+    forSmallSamples(from, count, bits, [to](std::size_t i, std::uint32_t value) {
         to[i] = static_cast<std::uint8_t>(value);
     });
 }
@@ -102,9 +121,11 @@ void unpackTiffSamples(const TiffLayout& layout, const std::uint8_t* from, std::
         return;
     }
     const std::uint32_t most = (1u << layout.bits) - 1;
-    forPackedSamples(from, count, layout.bits, [to, most](std::size_t i, std::uint32_t value) {
-        to[i] = static_cast<std::uint8_t>((value * 255 + most / 2) / most);
-    });
+    std::array<std::uint8_t, 128> levels{};
+    for (std::uint32_t value = 0; value <= most; ++value)
+        levels[value] = static_cast<std::uint8_t>((value * 255 + most / 2) / most);
+    forSmallSamples(from, count, layout.bits,
+                    [&levels, to](std::size_t i, std::uint32_t value) { to[i] = levels[value]; });
 }
 
 void unpackTiffSamples(const TiffLayout& layout, const std::uint8_t* from, std::size_t count,

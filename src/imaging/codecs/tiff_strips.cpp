@@ -53,16 +53,15 @@ int rowsPerStrip(const TiffForm& form) {
 }
 
 // Rows without padding between them, and without whatever stands behind the last bit of a row.
-Bytes joinedRows(const ConstView& view, int y0, int y1) {
+void joinRows(const ConstView& view, int y0, int y1, Bytes& rows) {
     const std::size_t size = rowBytes(view.type, view.width);
-    Bytes rows(size * static_cast<std::size_t>(y1 - y0));
+    rows.resize(size * static_cast<std::size_t>(y1 - y0));
     for (int y = y0; y < y1; ++y) {
         std::uint8_t* to = rows.data() + size * static_cast<std::size_t>(y - y0);
         std::memcpy(to, view.row(y), size);
         if (view.type == ImageType::Bit1 && view.width % 8 != 0)
             to[size - 1] &= static_cast<std::uint8_t>(0xff00 >> view.width % 8);
     }
-    return rows;
 }
 
 // From the end, so that each sample still finds its neighbour unchanged.
@@ -151,21 +150,24 @@ Bytes tiffJpegTables(const TiffForm& form) {
     Bytes tables;
     if (form.compression != COMPRESSION_JPEG) return tables;
     const int height = std::min(16, form.raster.height());
-    Bytes rows = joinedRows(form.raster.view(), 0, height);
+    Bytes rows;
+    joinRows(form.raster.view(), 0, height, rows);
     packedByLibrary(form, rows, height, &tables);
     return tables;
 }
 
-Bytes tiffStrip(const TiffForm& form, int strip) {
+void packTiffStrip(const TiffForm& form, int strip, Bytes& packed) {
     const int y0 = strip * form.rowsPerStrip;
     const int y1 = std::min(y0 + form.rowsPerStrip, form.raster.height());
-    Bytes rows = joinedRows(form.raster.view(), y0, y1);
-    if (form.compression == COMPRESSION_NONE) return rows;
-    if (form.compression != COMPRESSION_ADOBE_DEFLATE)
-        return packedByLibrary(form, rows, y1 - y0, nullptr);
+    joinRows(form.raster.view(), y0, y1, packed);
+    if (form.compression == COMPRESSION_NONE) return;
+    if (form.compression != COMPRESSION_ADOBE_DEFLATE) {
+        packed = packedByLibrary(form, packed, y1 - y0, nullptr);
+        return;
+    }
     if (form.differences)
-        storeDifferences(rows, form.raster.rowBytes(), static_cast<std::size_t>(form.samples()));
-    return zlibStream(rows);
+        storeDifferences(packed, form.raster.rowBytes(), static_cast<std::size_t>(form.samples()));
+    packed = zlibStream(packed);
 }
 
 } // namespace kvn::imaging

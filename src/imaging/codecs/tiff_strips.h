@@ -32,7 +32,7 @@ TiffForm tiffFormOf(const Raster& page, const WriteOptions& options, Task& task)
 // The tables that all strips of a JPEG page share; empty for another compression.
 Bytes tiffJpegTables(const TiffForm& form);
 
-// One strip as it goes into the file.
-Bytes tiffStrip(const TiffForm& form, int strip);
+// Puts one strip into `packed` as it goes into the file; the memory there is used again.
+void packTiffStrip(const TiffForm& form, int strip, Bytes& packed);
 
 } // namespace kvn::imaging

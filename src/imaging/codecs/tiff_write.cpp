@@ -60,16 +60,16 @@ void writeStrip(const TiffWriter& writer, int index, Bytes& strip) {
 void writeStrips(const TiffWriter& writer, const TiffForm& form, Task& task) {
     const int batch = form.compression == COMPRESSION_NONE ? 8 : 64;
     const int count = form.strips();
+    std::vector<Bytes> strips(static_cast<std::size_t>(std::min(batch, count)));
     for (int first = 0; first < count; first += batch) {
         const int size = std::min(batch, count - first);
         const Task::Stage stage(task, static_cast<double>(first) / count,
                                 static_cast<double>(first + size) / count);
-        std::vector<Bytes> strips(static_cast<std::size_t>(size));
         parallelRows(
             size, task,
             [&](int s0, int s1) {
                 for (int s = s0; s < s1; ++s)
-                    strips[static_cast<std::size_t>(s)] = tiffStrip(form, first + s);
+                    packTiffStrip(form, first + s, strips[static_cast<std::size_t>(s)]);
             },
             1);
         for (int s = 0; s < size; ++s)
