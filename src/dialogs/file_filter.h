@@ -30,8 +30,8 @@ class FileFilter {
     int rowOfName(const QString& name) const;
 
     // `name` made to fit `row` (from 0): a missing or unknown extension gets the row's behind it,
-    // one of another row or of another kind of picture gives way to it. A row for every file changes nothing but an absent
-    // extension, which becomes `defaultExt`.
+    // one of another row or of another kind of picture gives way to it. A row for every file
+    // changes nothing but an absent extension, which becomes `defaultExt`.
     QString fitted(const QString& name, int row, const QString& defaultExt) const;
 
   private:
