@@ -109,7 +109,7 @@ class Decoder {
 // coefficients in memory, two bytes a sample. Usual files have about ten scans.
 void Decoder::guardScans(const ReadLimits& limits) {
     constexpr int usualScans = 24;
-    constexpr std::int64_t pixelPasses = 2'000'000'000;
+    constexpr std::int64_t pixelPasses = 1'000'000'000;
     const std::int64_t passes = pixelPasses / (std::int64_t{width_} * height_);
     progress_.mostScans = static_cast<int>(std::clamp<std::int64_t>(passes, usualScans, 500));
     progress_.errors = &errors_;
@@ -197,7 +197,9 @@ void Decoder::convertCmyk(std::uint8_t* rgb) const {
 
 Picture readJpeg(std::span<const std::uint8_t> file, ReadLimits limits, Task& task) {
     const JpegOutline outline = outlineJpeg(file);
-    checkPlausible(checkedFrame(outline), file.size());
+    const JpegFrame frame = checkedFrame(outline);
+    ReadLimits(limits).take(frame.width, frame.height, typeFor(frame.components));
+    checkPlausible(frame, file.size());
     auto metadata = std::make_shared<Metadata>(jpegMetadata(outline));
     Picture picture;
     picture.type = FileType::Jpeg;

@@ -25,7 +25,7 @@ ImageType pngImageType(const PngOutline& outline) {
 
 PngRowConverter::PngRowConverter(const PngOutline& outline)
     : outline_(outline), header_(*outline.header), type_(pngImageType(outline)) {
-    isDirect_ = header_.bits() == bitsPerPixel(type_);
+    isDirect_ = header_.depth <= 8 && header_.bits() == bitsPerPixel(type_);
     const bool isKeyed = header_.color == PngColor::Gray || header_.color == PngColor::Rgb;
     const auto channels = static_cast<std::size_t>(header_.channels());
     if (!outline.transparency || !isKeyed || outline.transparency->size() < 2 * channels) return;
