@@ -29,13 +29,13 @@ class ImgX::Listener : public detail::ListObserver {
     }
     void pictureChanged(const imaging::Rect& changed) override {
         touched_ = {};
-        control_.show(changed);
+        control_.showPicture(changed);
         // An empty rectangle means that a painting failed and nothing is different.
         if (!changed.isEmpty() || control_.IsEmpty()) emit control_.ImageChanged();
     }
     void releasePicture() override { control_.view_->releasePicture(); }
     void listChanged() override {
-        control_.show({});
+        control_.showPicture({});
         emit control_.ImageListChanged();
     }
     bool progress(int percent, const QString& message) override {
@@ -75,7 +75,7 @@ ImgX::~ImgX() {
     list_->observer = nullptr;
 }
 
-void ImgX::show(const imaging::Rect& changed) {
+void ImgX::showPicture(const imaging::Rect& changed) {
     const PageState* page = list_->currentPage();
     view_->setPicture(page ? page->raster : imaging::Raster{}, changed);
 }

@@ -167,7 +167,7 @@ class ImgX : public QAbstractScrollArea {
     friend class detail::ImgXView;
     class Listener;
     void record(const char* property, const QJsonArray& args) const;
-    void show(const imaging::Rect& changed);
+    void showPicture(const imaging::Rect& changed);
 
     Engine& engine_;
     std::shared_ptr<detail::PageList> list_;
