@@ -237,6 +237,22 @@ void TiffStoredTest::palettes() {
     QCOMPARE(raster.palette().size(), std::size_t{16});
     QCOMPARE(allIndices(raster), File({0, 15, 2, 1}));
     QCOMPARE(raster.pixel(2, 0), (Rgba{0xdd, 0xdd, 0xdd, 255}));
+    // One bit of index and one of something else, in turn and in planes.
+    for (const int config : {PLANARCONFIG_CONTIG, PLANARCONFIG_SEPARATE}) {
+        const bool planes = config == PLANARCONFIG_SEPARATE;
+        Stored pair = stored;
+        pair.bits = 1;
+        pair.samples = 2;
+        pair.chunks = planes ? 2 : 1;
+        pair.fields = [&](TIFF* tiff) {
+            set(tiff);
+            TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, config);
+            const std::uint16_t kind = EXTRASAMPLE_UNSPECIFIED;
+            TIFFSetField(tiff, TIFFTAG_EXTRASAMPLES, 1, &kind);
+        };
+        const File data = planes ? File{0x60, 0xf0} : File{0b01111100};
+        QCOMPARE(allIndices(pair.read(data)), File({0, 1, 1, 0}));
+    }
     // Numbers of 8 bits where 16 belong.
     for (std::uint16_t& value : map)
         value &= 0xff;

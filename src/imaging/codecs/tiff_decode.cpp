@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdlib>
+#include <cstring>
 
 #include "basic/error.h"
 #include "imaging/codecs/blacken.h"
@@ -120,11 +121,30 @@ class PageDecoder {
     void decodeChunks(int c0, int c1) {
         const TiffReaderPool::Lease reader(pool_, directory_);
         TiffRowConverter converter(layout_);
+        if (converter.copies() && !layout_.tiled &&
+            layout_.chunkRowBytes == rowBytes(layout_.type, layout_.width)) {
+            for (int c = c0; c < c1; ++c)
+                decodeInPlace(reader->get(), chunkAt(c));
+            return;
+        }
         std::vector<Memory> memory;
         for (int p = 0; p < layout_.planes(); ++p)
             memory.emplace_back(new std::uint8_t[layout_.chunkBytes]);
         for (int c = c0; c < c1; ++c)
             decodeChunk(*reader, chunkAt(c), memory, converter);
+    }
+
+    // A strip whose rows need no conversion goes to where it belongs at once; then its rows, from
+    // the last one on, move apart to where the raster has them.
+    void decodeInPlace(TIFF* tiff, const Chunk& chunk) {
+        const Rect& rect = chunk.rect;
+        std::uint8_t* packed = view_.row(rect.y);
+        const int rows = readStrip(tiff, chunk.index, 0, rect, packed);
+        for (int i = rows - 1; i > 0; --i)
+            std::memmove(view_.row(rect.y + i),
+                         packed + layout_.chunkRowBytes * static_cast<std::size_t>(i),
+                         layout_.chunkRowBytes);
+        if (rows < rect.height) miss({0, rect.y + rows, rect.width, rect.height - rows});
     }
 
     void decodeChunk(const TiffReader& reader, const Chunk& chunk,

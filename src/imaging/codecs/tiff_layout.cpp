@@ -129,8 +129,10 @@ ImageType typeOf(const TiffLayout& layout) {
         if (layout.bits == 1 && layout.samples == 1) return ImageType::Bit1;
         return alpha ? ImageType::GrayAlpha16 : ImageType::Gray8;
     }
-    if (layout.color == TiffColor::Palette && !alpha)
-        return layout.bits == 1 ? ImageType::Bit1 : ImageType::Indexed8;
+    if (layout.color == TiffColor::Palette && !alpha) {
+        const bool bits = layout.bits == 1 && layout.samples == 1;
+        return bits ? ImageType::Bit1 : ImageType::Indexed8;
+    }
     return alpha ? ImageType::Rgba32 : ImageType::Rgb24;
 }
 

@@ -1,6 +1,7 @@
 #include "imaging/codecs/tiff_samples.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <limits>
 #include <type_traits>
@@ -119,8 +120,8 @@ class Composer {
     const TiffLayout& layout_;
 };
 
-bool copiesRows(const TiffLayout& layout) {
-    if (layout.planar) return false;
+// True if the samples are the raster's bytes.
+bool samplesFit(const TiffLayout& layout) {
     if (layout.type == ImageType::Bit1) return true;
     if (layout.bits != 8 || layout.numbers != TiffNumbers::Unsigned) return false;
     if (layout.inverted || layout.premultiplied) return false;
@@ -131,10 +132,19 @@ bool copiesRows(const TiffLayout& layout) {
     return same && alphaLast && plain;
 }
 
+template <int Samples>
+void interleave(const std::uint8_t* const* planes, int count, std::uint8_t* to) {
+    std::array<const std::uint8_t*, Samples> from;
+    std::copy_n(planes, Samples, from.begin());
+    for (int i = 0; i < count; ++i)
+        for (const std::uint8_t* plane : from)
+            *to++ = plane[i];
+}
+
 } // namespace
 
 TiffRowConverter::TiffRowConverter(const TiffLayout& layout)
-    : layout_(layout), copies_(copiesRows(layout)) {}
+    : layout_(layout), fits_(samplesFit(layout)) {}
 
 void TiffRowConverter::convertPalette(const std::uint8_t* const* planes, int count,
                                       std::uint8_t* to) {
@@ -192,8 +202,14 @@ void TiffRowConverter::convertAs(const std::uint8_t* const* planes, int count, s
 }
 
 void TiffRowConverter::convert(const std::uint8_t* const* planes, int count, std::uint8_t* to) {
-    if (copies_)
+    if (copies())
         std::memcpy(to, planes[0], rowBytes(layout_.type, count));
+    else if (fits_ && layout_.samples == 2)
+        interleave<2>(planes, count, to);
+    else if (fits_ && layout_.samples == 3)
+        interleave<3>(planes, count, to);
+    else if (fits_)
+        interleave<4>(planes, count, to);
     else if (layout_.color == TiffColor::Palette)
         convertPalette(planes, count, to);
     else if (layout_.bits <= 8 && layout_.numbers == TiffNumbers::Unsigned)

@@ -24,7 +24,7 @@ class TiffRowConverter {
     void convert(const std::uint8_t* const* planes, int count, std::uint8_t* to);
 
     // True if convert() does nothing but copy the row.
-    bool copies() const { return copies_; }
+    bool copies() const { return fits_ && !layout_.planar; }
 
   private:
     template <typename T>
@@ -32,7 +32,7 @@ class TiffRowConverter {
     void convertPalette(const std::uint8_t* const* planes, int count, std::uint8_t* to);
 
     const TiffLayout& layout_;
-    bool copies_;
+    bool fits_; // the samples are the raster's bytes, if in planes perhaps
     std::vector<std::uint8_t> bytes_;
     std::vector<std::uint16_t> words_;
     std::vector<std::uint8_t> plane_;
