@@ -6,6 +6,10 @@
 // dropped. 12-bit and lossless files are refused. The picture is turned upright after its EXIF
 // orientation; the metadata keeps the EXIF block as it stood, and a writer makes it true again.
 //
+// A large file of one scan is decoded by two threads where there are two: one decodes the upper
+// part, the other runs over its codes and decodes the lower. A file that turns out damaged is then
+// read in order.
+//
 // A damaged or cut file gives the rows that could be decoded, the rest black, and a warning.
 //
 // Write: grey types as grey, the others as colour; alpha is dropped without blending. Chroma is

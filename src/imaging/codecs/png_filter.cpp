@@ -10,7 +10,7 @@ namespace kvn::imaging {
 namespace {
 
 // Wider registers where the machine has them, from the same plain loops.
-#if defined(__x86_64__) && !defined(__SANITIZE_ADDRESS__)
+#if defined(__x86_64__) && !defined(__clang__) && !defined(__SANITIZE_ADDRESS__)
 #define KVN_WIDE __attribute__((target_clones("arch=x86-64-v4", "avx2", "default")))
 #else
 #define KVN_WIDE
