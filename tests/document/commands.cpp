@@ -113,17 +113,17 @@ class Commands : public QObject {
         QCOMPARE(int(info.GetPixel(3, 6).Red()), 3 * 8);
     }
 
-    void previewIsReducedToItsControl() {
+    void previewShowsTheSelection() {
         frmMain& document = *desk_->create("400", "300");
         engine::ImgX preview(desk_->engine, "Preview", &document);
-        preview.resize(120, 90);
-        document::SetImage2Buffer2(document, preview);
-        QVERIFY(preview.Info().Width() <= preview.ClientHeight());
-        QCOMPARE(document.imgxAction->Info().Width(), 400);
         select(document, 10, 20, 30, 40);
+        desk_->journal.clear();
         document::SetImage2Buffer2(document, preview);
         QCOMPARE(preview.Info().Width(), 30);
         QCOMPARE(document.imgxAction->Info().Height(), 40);
+        const QStringList calls = desk_->journal.engineCalls();
+        QCOMPARE(calls[2], QString("Preview ImgX.AutoDisplay [false]"));
+        QCOMPARE(calls.last(), QString("Preview ImgX.AutoDisplay [true]"));
     }
 
     void pagesMoveAddAndGo() {
