@@ -2,6 +2,8 @@
 
 #include <QFileInfo>
 #include <algorithm>
+#include <functional>
+#include <vector>
 
 #include "dialogs/asking.h"
 #include "document/document_menus.h"
@@ -42,6 +44,8 @@ void dropFromSlot(const Services& services, frmMain* document) {
 // The hidden window in the next slot, made if there is none.
 frmMain* takeSlot(const Services& services) {
     ProgramState& state = services.state;
+    if (state.NextDocIndex < 0) // counted past its last number
+        throw RuntimeError(errors::overflow, "Overflow", "Kestrelvane");
     const auto slot = static_cast<std::size_t>(state.NextDocIndex);
     if (state.Documents.size() <= slot) {
         state.Documents.resize(slot + 1);
@@ -63,7 +67,7 @@ frmMain* takeSlot(const Services& services) {
 
 void showInSlot(const Services& services, frmMain* document) {
     services.host.present(document);
-    ++services.state.NextDocIndex;
+    services.state.NextDocIndex = static_cast<qint16>(services.state.NextDocIndex + 1);
     services.rules.EnDisMenuItems(true);
     documentActivated(*document);
 }

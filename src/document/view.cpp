@@ -3,6 +3,7 @@
 #include <QFrame>
 #include <QLabel>
 #include <QPalette>
+#include <algorithm>
 
 #include "basic/numbers.h"
 #include "basic/text.h"

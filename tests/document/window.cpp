@@ -1,6 +1,7 @@
 // A document window: its set-up, its size, New Image, zoom and title, the read-out, the region.
 #include <QLabel>
 #include <QScrollBar>
+#include <cmath>
 
 #include "desk.h"
 #include "document/file_types.h"
