@@ -12,7 +12,8 @@ namespace kvn::imaging {
 //   grey            luma (Rec. 601); palette types use the palette's colours
 //   palette         if the picture has at most 256 colours (with alpha: colours with alpha) they
 //                   are kept exactly, in order of first appearance; otherwise the best 256 are
-//                   chosen and the picture is dithered
+//                   chosen and the picture is dithered. Palettes are taken over as they are;
+//                   grey without alpha gets the grey ramp, so that its bytes are the indices
 //   1-bit           a picture of two colours keeps them as its palette, darker first; otherwise
 //                   black and white by dithered luma
 // Alpha: dropped without blending when the target has none (flattening is an operation of its

@@ -43,7 +43,8 @@ Raster keepColors(const Raster& source, const ColorSet& colors, Task& task) {
 // row. Errors are whole numbers in sixteenths of a grey level, so none is lost but to rounding.
 class BilevelDiffusion {
   public:
-    explicit BilevelDiffusion(int width) : width_(width), below_(static_cast<std::size_t>(width) + 2) {}
+    explicit BilevelDiffusion(int width)
+        : width_(width), below_(static_cast<std::size_t>(width) + 2) {}
 
     // Turns grey bytes into 0 and 1 in place.
     void row(std::uint8_t* gray) {
