@@ -11,6 +11,7 @@
 #include <QStatusBar>
 #include <QTextEdit>
 #include <QTimer>
+#include <QToolButton>
 
 #include "basic/settings_store.h"
 #include "dialogs/look.h"
@@ -76,6 +77,11 @@ MDIMain::~MDIMain() {
 void MDIMain::buildBars() {
     menuBar()->setNativeMenuBar(false);
     menuBar()->setObjectName(QStringLiteral("MenuBar"));
+    // What a narrow frame shows in place of the menus that do not fit.
+    if (auto* more = menuBar()->findChild<QToolButton*>(QStringLiteral("qt_menubar_ext_button"))) {
+        more->setIcon(dialogs::icon(QStringLiteral("go-next")));
+        more->setAccessibleName(QStringLiteral("More menus"));
+    }
     statusBar()->setObjectName(QStringLiteral("StatusBar"));
     statusBar()->setSizeGripEnabled(false);
     auto* client = new QWidget(this);

@@ -3,6 +3,7 @@
 #include <QEvent>
 #include <QMdiArea>
 #include <QMdiSubWindow>
+#include <QMenu>
 #include <QPainter>
 #include <algorithm>
 
@@ -47,6 +48,14 @@ class WorkArea : public QMdiArea {
     }
 };
 
+// The window's own menu claims the key of the frame's Close command, and two claims cancel each
+// other out.
+void leaveKeysToTheMenu(QMdiSubWindow& window) {
+    for (QAction* action : window.systemMenu()->actions())
+        if (!action->shortcuts().isEmpty())
+            action->setShortcut(QKeySequence(QStringLiteral("Ctrl+F4")));
+}
+
 // Part `index` of `count` equal parts.
 struct Share {
     int index, count;
@@ -85,6 +94,7 @@ void DocumentWindows::adopt(frmMain* document) {
     auto* window = new QMdiSubWindow(area_);
     window->setAttribute(Qt::WA_DeleteOnClose);
     window->setWidget(document);
+    leaveKeysToTheMenu(*window);
     area_->addSubWindow(window);
     window->hide();
     window->installEventFilter(this);
@@ -105,8 +115,7 @@ void DocumentWindows::present(frmMain* document) {
     if (!window) return;
     const QSize room = area_->viewport()->size();
     const int step = presented_++ % cascadeLength * cascadeStep;
-    const QSize border = window->sizeHint() - document->sizeHint();
-    const QSize wanted = (document->sizeHint() + border).expandedTo(smallest).boundedTo(room);
+    const QSize wanted = window->sizeHint().expandedTo(smallest).boundedTo(room);
     // Shifted only as far as it still lies within the frame.
     const QPoint place(std::min(step, room.width() - wanted.width()),
                        std::min(step, room.height() - wanted.height()));
@@ -165,7 +174,7 @@ void DocumentWindows::windowActivated(QMdiSubWindow* window) {
 void DocumentWindows::arrange(Order order) {
     switch (order) {
     case Order::Cascade:
-        area_->cascadeSubWindows();
+        cascade();
         break;
     case Order::TileHorizontal:
         tile(false);
@@ -173,6 +182,23 @@ void DocumentWindows::arrange(Order order) {
     case Order::TileVertical:
         tile(true);
         break;
+    }
+}
+
+// Each window a step further than the one before and no larger than the room that is left; the
+// active one comes last and lies on top.
+void DocumentWindows::cascade() {
+    const QSize room = area_->viewport()->size();
+    int place = 0;
+    for (auto entry = recent_.rbegin(); entry != recent_.rend(); ++entry) {
+        QMdiSubWindow* window = *entry ? windowOf(*entry) : nullptr;
+        if (!window || window->isHidden() || window->isMinimized()) continue;
+        const int step = place++ % cascadeLength * cascadeStep;
+        window->showNormal();
+        const QSize left = room - QSize(step, step);
+        window->setGeometry(
+            QRect(QPoint(step, step), window->sizeHint().expandedTo(smallest).boundedTo(left)));
+        window->raise();
     }
 }
 

@@ -12,6 +12,7 @@ namespace kvn::shell {
 namespace {
 
 constexpr int largestWidth = 1440, largestHeight = 960; // of a first start, in pixels
+constexpr QSize smallScreen(1100, 700);                 // a smaller one is filled
 constexpr qint64 largestFile = 4096;                    // bytes; ours has under a hundred
 
 QString placeFile() {
@@ -22,6 +23,8 @@ QString placeFile() {
 
 void placeFirst(QWidget& frame) {
     const QRect room = frame.screen()->availableGeometry();
+    if (room.width() < smallScreen.width() || room.height() < smallScreen.height())
+        frame.setWindowState(frame.windowState() | Qt::WindowMaximized);
     const QSize size = QSize(room.width() * 85 / 100, room.height() * 85 / 100)
                            .boundedTo({largestWidth, largestHeight});
     frame.resize(size);

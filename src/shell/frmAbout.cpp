@@ -47,6 +47,7 @@ class SystemInformation : public QDialog {
         auto* copy = buttons->addButton(QStringLiteral("&Copy"), QDialogButtonBox::ActionRole);
         copy->setObjectName(QStringLiteral("cmdCopy"));
         copy->setToolTip(QStringLiteral("Copy all of it to the clipboard"));
+        buttons->button(QDialogButtonBox::Close)->setDefault(true);
         connect(copy, &QPushButton::clicked, this,
                 [text] { QGuiApplication::clipboard()->setText(text); });
         connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);

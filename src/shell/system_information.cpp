@@ -68,9 +68,12 @@ QList<Fact> systemInformation() {
 }
 
 QString factsText(const QList<Fact>& facts) {
+    qsizetype width = 0;
+    for (const Fact& fact : facts)
+        width = std::max(width, fact.name.size());
     QString text;
     for (const Fact& fact : facts)
-        text += fact.name + QStringLiteral(": ") + fact.value + u'\n';
+        text += (fact.name + u':').leftJustified(width + 2) + fact.value + u'\n';
     return text;
 }
 

@@ -63,11 +63,14 @@ class FrameTest : public QObject {
     void closingSavesOnYes();
     void exitAsksNothing();
     void doubleBufferOutOfStepWithoutDocument();
+    void viewSwitchesFlipTheirMarks();
+    void downloadStaysHiddenUntilItsSlotIsTaken();
     void commandsFindTheirDocuments();
     void failuresAreReportedOnce();
     void toolsReachEveryDocument();
     void textFieldsKeepTheirKeys();
     void windowsListTileAndClose();
+    void sizesToItsPictureAndClosesByItsKey();
     void opensByDoubleClickAndDrop();
     void remembersItsPlace();
     void coordinatesKeepClearOfThePanel();
@@ -249,6 +252,34 @@ void FrameTest::doubleBufferOutOfStepWithoutDocument() {
     QCOMPARE(frame.stored("Double Buffer"), QStringLiteral("True"));
 }
 
+void FrameTest::viewSwitchesFlipTheirMarks() {
+    Frame frame;
+    frame.start();
+    frame.open("a.png");
+    for (const char* name : {"mnuZoomWindow", "mnuAntialias", "mnuEffectsDitherPalette"}) {
+        const QString item = QString::fromLatin1(name);
+        const bool before = frame.menus().isChecked(item, -1);
+        frame.choose(name);
+        QVERIFY2(frame.menus().isChecked(item, -1) != before, name);
+        frame.choose(name);
+        QVERIFY2(frame.menus().isChecked(item, -1) == before, name);
+    }
+}
+
+// The picture of "Open from URL" arrives in a window that no one sees; the next command uses it.
+void FrameTest::downloadStaysHiddenUntilItsSlotIsTaken() {
+    Frame frame;
+    frame.start();
+    frame.user.inputs.push_back(QUrl::fromLocalFile(frame.picture("u.png")).toString());
+    frame.choose("mnuOpenURL");
+    QVERIFY(frame.windows().shown().empty());
+    QCOMPARE(frame.windows().ActiveForm(), nullptr);
+    QVERIFY(!frame.state.IsAnyOpened());
+    frmMain* form = frame.open("a.png");
+    QCOMPARE(form->DocIndex, 0);
+    QCOMPARE(frame.windows().shown().size(), std::size_t(1));
+}
+
 namespace {
 QStringList visited;
 void visit(frmMain& form, int index) {
@@ -391,12 +422,32 @@ void FrameTest::windowsListTileAndClose() {
     for (frmMain* form : frame.windows().shown())
         QCOMPARE(frameOf(form).height(), room.height());
 
+    frame.choose("Cascade");
+    for (frmMain* form : frame.windows().shown())
+        QVERIFY(room.contains(frameOf(form)));
+
     // Closed by its own button, the document is gone for everyone at once.
     QPointer<frmMain> closing = frame.windows().ActiveForm();
     QVERIFY(static_cast<QMdiSubWindow*>(closing->parentWidget())->close());
     QVERIFY(frame.windows().ActiveForm() != closing);
     QTRY_VERIFY(closing.isNull());
     QCOMPARE(listed().size(), 2);
+}
+
+void FrameTest::sizesToItsPictureAndClosesByItsKey() {
+    Frame frame;
+    frame.start();
+    frame.open("a.png");
+    frame.open("b.png", 500, 300);
+    // Shown whole, and the window is as its document wants it.
+    const frmMain* form = frame.state.Documents[1];
+    QCOMPARE(form->size(), form->sizeHint());
+    QVERIFY(form->ImgX->ClientWidth() >= 500 && form->ImgX->ClientHeight() >= 300);
+    frame.window->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(frame.window.get()));
+    QTest::keyClick(frame.window.get(), Qt::Key_W, Qt::ControlModifier);
+    QCOMPARE(frame.windows().shown().size(), std::size_t(1));
+    QCOMPARE(frame.windows().ActiveForm()->DocIndex, 0);
 }
 
 void FrameTest::opensByDoubleClickAndDrop() {
