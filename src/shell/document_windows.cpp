@@ -122,7 +122,7 @@ void DocumentWindows::present(frmMain* document) {
     document->show();
     window->show();
     window->setGeometry(QRect(place, wanted));
-    recent_.insert(recent_.begin(), document);
+    takeFirstPlace(document);
     area_->setActiveSubWindow(window);
     area_->viewport()->update();
     emit listChanged();
@@ -165,10 +165,14 @@ void DocumentWindows::windowActivated(QMdiSubWindow* window) {
     auto* document = window ? qobject_cast<frmMain*>(window->widget()) : nullptr;
     if (!document || window->isHidden()) return;
     const bool changed = ActiveForm() != document;
-    std::erase_if(recent_, [&](const auto& entry) { return !entry || entry == document; });
-    recent_.insert(recent_.begin(), document);
+    takeFirstPlace(document);
     emit listChanged();
     if (changed) emit activated(document);
+}
+
+void DocumentWindows::takeFirstPlace(frmMain* document) {
+    std::erase_if(recent_, [&](const auto& entry) { return !entry || entry == document; });
+    recent_.insert(recent_.begin(), document);
 }
 
 void DocumentWindows::arrange(Order order) {

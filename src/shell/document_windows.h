@@ -46,6 +46,7 @@ class DocumentWindows : public QObject, public document::DocumentHost {
   private:
     QMdiSubWindow* windowOf(document::frmMain* document) const;
     void windowActivated(QMdiSubWindow* window);
+    void takeFirstPlace(document::frmMain* document);
     void cascade();
     void tile(bool columns);
 

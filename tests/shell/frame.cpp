@@ -423,6 +423,7 @@ void FrameTest::windowsListTileAndClose() {
         QCOMPARE(frameOf(form).height(), room.height());
 
     frame.choose("Cascade");
+    QCOMPARE(frameOf(frame.windows().shown()[1]).topLeft(), QPoint(0, 0));
     for (frmMain* form : frame.windows().shown())
         QVERIFY(room.contains(frameOf(form)));
 
