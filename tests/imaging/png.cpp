@@ -10,6 +10,7 @@
 
 using namespace kvn;
 using namespace kvn::test;
+using namespace std::string_view_literals;
 
 namespace {
 
@@ -211,9 +212,8 @@ class PngTest : public QObject {
         meta.xmp = bytesOf("<x:xmpmeta>\xc3\xa4</x:xmpmeta>");
         meta.icc = Bytes(5000, 7);
         std::copy_n("RGB ", 4, meta.icc.begin() + 16);
-        meta.photoshop = bytesOf(std::string_view("8BIM\x04\x04\0\0\0\0\0\x08\x1c\x02\x05\0\x03"
-                                                  "abc",
-                                                  20));
+        meta.photoshop = bytesOf("8BIM\x04\x04\0\0\0\0\0\x08\x1c\x02\x05\0\x03"
+                                 "abc"sv);
         meta.iptc = iptcRecord(5, "abc");
         meta.comment = "a comment, \xc3\xbc"
                        "ber alles";
@@ -240,15 +240,12 @@ class PngTest : public QObject {
                         .pages.front()
                         .metadata;
         };
-        QCOMPARE(metadataWith("tEXt", std::string_view("Name\0\xe4", 6)).text.front().second,
-                 std::string("\xc3\xa4"));
+        QCOMPARE(metadataWith("tEXt", "Name\0\xe4"sv).text.front().second, std::string("\xc3\xa4"));
         const auto exif = metadataWith(
-            "tEXt", std::string_view(
-                        "Raw profile type exif\0\nexif\n      10\n4578696600004d4d\n002a\n", 65));
+            "tEXt", "Raw profile type exif\0\nexif\n      10\n4578696600004d4d\n002a\n"sv);
         QCOMPARE(exif.exif, (Bytes{'M', 'M', 0, 42}));
         // Damaged ones are left out, and the picture is read all the same.
-        for (const std::string_view data :
-             {std::string_view("no end"), std::string_view("k\0\0xx", 5)})
+        for (const std::string_view data : {"no end"sv, "k\0\0xx"sv})
             for (const std::string_view chunk : {"zTXt", "iTXt", "iCCP"})
                 QVERIFY(metadataWith(chunk, data).text.empty());
     }

@@ -223,8 +223,8 @@ std::optional<Raster> decodeInTwo(std::span<const std::uint8_t> file, Decoder& u
     ReadLimits same; // the picture is counted already
     same.pixelBytes = std::numeric_limits<std::uint64_t>::max();
     Decoder lower(file, same);
-    const auto [width, height] = upper.size();
-    Raster raster = Raster::uninitialized(upper.type(), width, height);
+    const int height = upper.size().height;
+    Raster raster = Raster::uninitialized(upper.type(), upper.size().width, height);
     const View view = raster.edit();
     // Where both take the same time.
     const int split = static_cast<int>(height * 0.67) / upper.bandRows() * upper.bandRows();

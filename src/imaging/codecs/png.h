@@ -8,7 +8,8 @@
 //
 // An intact file that is not interlaced is inflated in one go and unfiltered by our own code,
 // which halves the time; anything else goes through libpng, which gives what can be read of a
-// damaged file. Missing pixels are black, or clear where there is alpha.
+// damaged file. Missing pixels are black, or clear where there is alpha. Reading takes the memory
+// of the picture twice over.
 //
 // Write: each type in the form that gives it back exactly; filters and compression run in bands on
 // all cores.

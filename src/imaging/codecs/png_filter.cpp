@@ -129,7 +129,7 @@ struct PaethGuess {
         const PixelWords pc = distance(toLeft + toAbove);
         const PixelWords other = pb <= pc ? above : corner;
         corner = above;
-        return (pa <= pb) & (pa <= pc) ? left : other;
+        return ((pa <= pb) & (pa <= pc)) ? left : other;
     }
 };
 struct AverageGuess {
