@@ -115,6 +115,9 @@ double spacingOf(const std::vector<Spot>& entries) {
     return sum / static_cast<double>(entries.size());
 }
 
+// From this distance between neighbouring entries on, the pattern of dithering meets the eye.
+constexpr double coarseSpacing = 96;
+
 // How much of its error a pixel hands on, in sixteenths. Nearly all where the picture is smooth,
 // so that gradients show no steps. Less where it is busy, for a quieter picture: there, errors
 // that no mixture of entries can make good would only pile up. With a coarse palette too much of
@@ -122,7 +125,8 @@ double spacingOf(const std::vector<Spot>& entries) {
 class Strength {
   public:
     explicit Strength(double spacing)
-        : busy_(std::clamp(static_cast<int>(11 + (spacing - 48) / 16), 11, smooth)) {}
+        : smooth_(spacing > coarseSpacing ? 15 : 14),
+          busy_(std::clamp(static_cast<int>(9 + (spacing - 48) / 8), 9, smooth_)) {}
 
     void fill(PreparedRow& row) const {
         const std::uint8_t* p = row.spots.data();
@@ -132,13 +136,12 @@ class Strength {
             const int after = x + 1 < width ? difference(p, p + 4) : 0;
             const int activity = std::clamp(before + after - calm, 0, range);
             row.strength[x] =
-                static_cast<std::uint8_t>(smooth - (smooth - busy_) * activity / range);
+                static_cast<std::uint8_t>(smooth_ - (smooth_ - busy_) * activity / range);
             before = after;
         }
     }
 
   private:
-    static constexpr int smooth = 15;
     // Levels by which a pixel differs from its two neighbours, all channels together.
     static constexpr int calm = 2, range = 3;
 
@@ -147,16 +150,17 @@ class Strength {
                std::abs(a[3] - b[3]);
     }
 
+    int smooth_;
     int busy_;
 };
 
 // Error diffusion is serial by nature. Large pictures are cut into strips of fixed height, so
 // that the pixels do not depend on the number of threads. Each strip starts some rows early and
-// throws those away, by when its errors are as those of any other row. Where the pattern is
-// coarse a seam might show even so, and the picture stays whole.
-constexpr int stripRows = 256;
+// throws those away, by when its errors are as those of any other row. The starts are so far
+// apart that in plain areas, where the pattern repeats after a few rows, two strips meet in step.
+// Where the pattern is coarse a seam might show even so, and the picture stays whole.
+constexpr int stripRows = 240; // divisible by 2, 3, 4, 5, 6, 8, 10 and 12
 constexpr int leadRows = 16;
-constexpr double coarseSpacing = 96;
 
 void diffuse(const Mapping& mapping, const Strength& strength, Diffusion& diffusion, const View& to,
              int start, int y0, int y1, Task* task) {
@@ -175,19 +179,21 @@ void mapDithered(const Mapping& mapping, const View& to, Task& task) {
     NearestColors first = mapping.search();
     const double spacing = spacingOf(first.entries());
     const Strength strength(spacing);
-    const int strips = spacing > coarseSpacing ? 1 : std::max(1, to.height / stripRows);
+    const int strips =
+        spacing > coarseSpacing ? 1 : std::max(1, (to.height - leadRows) / stripRows);
     if (strips == 1) {
         Diffusion diffusion(first, to.width, false);
         diffuse(mapping, strength, diffusion, to, 0, 0, to.height, &task);
         return;
     }
     const auto top = [&](int strip) {
-        return static_cast<int>(std::int64_t{strip} * to.height / strips);
+        if (strip == strips) return to.height;
+        return strip == 0 ? 0 : strip * stripRows + leadRows;
     };
     Store<NearestColors> searches;
     const auto strip = [&](int s) {
         const auto colors = searches.borrow([&] { return mapping.search(); });
-        const int start = std::max(0, top(s) - leadRows);
+        const int start = s * stripRows;
         Diffusion diffusion(*colors, to.width, start % 2 != 0);
         diffuse(mapping, strength, diffusion, to, start, top(s), top(s + 1), nullptr);
     };

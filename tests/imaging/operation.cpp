@@ -256,7 +256,9 @@ void OperationTest::survivesEverything() {
                 const Raster before = deepCopy(source);
                 for (const Raster& page : resultOf(*operation, source, choice, 0)) {
                     QVERIFY(!page.isEmpty());
-                    QVERIFY2(typeFits(*operation, type, page.type()), nameOf(type).c_str());
+                    const bool unchanged = page.samePixels(source); // nothing to be done
+                    QVERIFY2(unchanged || typeFits(*operation, type, page.type()),
+                             nameOf(type).c_str());
                     if (operation->alpha == AlphaRule::ColorOnly && page.size() == size)
                         QVERIFY2(sameAlpha(page, source), nameOf(type).c_str());
                 }
