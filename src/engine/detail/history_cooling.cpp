@@ -23,24 +23,24 @@ bool holdsIdleRaw(const Content& content) {
 
 } // namespace
 
-CoolingJob StoreCore::pick(std::vector<imaging::Raster>& freed) {
+CoolingJob StoreCore::pick(Freed& freed) {
     refresh();
     dropPacked(freed);
     if (Clock::now() < workAfter_) return {};
     if (CoolingJob job = pickPack(warmRank + 1); job.content) return job;
     if (inUse() <= budget_) return pickFetch();
-    if (CoolingJob job = pickSpill(); job.content) return job;
+    if (CoolingJob job = pickSpill(freed); job.content) return job;
     return pickPack(0);
 }
 
 // Drops raw pixels that are there packed as well.
-void StoreCore::dropPacked(std::vector<imaging::Raster>& freed) {
+void StoreCore::dropPacked(Freed& freed) {
     const bool isOver = inUse() > budget_;
     for (const Ranked& ranked : ranked_) {
         Content& content = *ranked.content;
         if (!content.patch || !holdsIdleRaw(content)) continue;
         if (ranked.rank <= warmRank && !isOver) continue;
-        freed.push_back(content.raw);
+        freed.rasters.push_back(content.raw);
         dropRaw(content);
     }
 }
@@ -79,13 +79,13 @@ CoolingJob StoreCore::pickPack(int leastRank) {
     return {};
 }
 
-CoolingJob StoreCore::pickSpill() {
+CoolingJob StoreCore::pickSpill(Freed& freed) {
     const bool mayWrite = Clock::now() >= spillAfter_;
     for (auto it = ranked_.rbegin(); it != ranked_.rend(); ++it) {
         Content& content = *it->content;
         if (content.isBusy || !content.patch.bytes || content.patch.bytes->size() == 0) continue;
         if (content.patch.extent)
-            content.patch.bytes = nullptr; // it is there already
+            freed.blocks.push_back(std::exchange(content.patch.bytes, nullptr)); // it is there
         else if (mayWrite)
             return begin(CoolingJob::Kind::Spill, content);
         if (inUse() <= budget_) break;

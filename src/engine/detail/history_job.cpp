@@ -17,15 +17,12 @@ void CoolingJob::run(SpillFile& file, const StopFlag& stop) {
             patch = packedPatch(patch, stop);
             break;
         case Kind::Spill:
-            patch.extent = file.write(patch.bytes->data(), patch.bytes->size());
+            patch.extent = file.write(*patch.bytes);
             hasFailed = !patch.extent;
             break;
-        case Kind::Fetch: {
-            auto bytes = std::make_shared<ByteBlock>(patch.extent->size());
-            patch.extent->read(0, bytes->data(), bytes->size());
-            patch.bytes = std::move(bytes);
+        case Kind::Fetch:
+            patch.bytes = patch.extent->read();
             break;
-        }
         }
     } catch (const std::exception&) {
         // Out of memory, or the file cannot be read: the content stays in the form it has.

@@ -4,7 +4,6 @@
 #include <cstring>
 #include <utility>
 
-#include "basic/error.h"
 #include "engine/detail/history_pack.h"
 #include "imaging/task.h"
 
@@ -98,13 +97,15 @@ Rows rowsIn(const imaging::ConstView& view, const Tile& tile) {
     return {view.row(tile.y) + tile.x, view.stride};
 }
 
-// The bytes of a tile, from memory or read into `spare`.
-const std::uint8_t* bytesOf(const Patch& patch, const Tile& tile,
-                            std::vector<std::uint8_t>& spare) {
-    if (patch.bytes) return patch.bytes->data() + tile.offset;
-    spare.resize(tile.size);
-    patch.extent->read(tile.offset, spare.data(), spare.size());
-    return spare.data();
+// The bytes of some tiles that follow one another, valid until the next call on this thread.
+const std::uint8_t* bytesOf(const Patch& patch, const Tile& first, const Tile& last) {
+    if (patch.bytes) return patch.bytes->data() + first.offset;
+    // Kept for the next call: fresh memory would cost as much as the unpacking.
+    thread_local std::vector<std::uint8_t> buffer;
+    const std::uint64_t size = last.offset + last.size - first.offset;
+    if (buffer.size() < size) buffer.resize(size);
+    patch.extent->read(first.offset, size, buffer.data());
+    return buffer.data();
 }
 
 // Unpacks all tiles, each to where `target` says, on all threads.
@@ -115,11 +116,14 @@ void unpackAll(const Patch& patch, const Target& target) {
     imaging::parallelRows(
         static_cast<int>(tiles.size()), task,
         [&](int first, int end) {
-            std::vector<std::uint8_t> spare;
+            const auto begin = static_cast<std::size_t>(first);
+            const std::uint8_t* bytes =
+                bytesOf(patch, tiles[begin], tiles[static_cast<std::size_t>(end) - 1]);
             for (int i = first; i < end; ++i) {
                 const Tile& tile = tiles[static_cast<std::size_t>(i)];
                 const auto [data, stride] = target(i);
-                unpackTile(tile, *patch.list, bytesOf(patch, tile, spare), data, stride);
+                unpackTile(tile, *patch.list, bytes + (tile.offset - tiles[begin].offset), data,
+                           stride);
             }
         },
         1);
@@ -146,17 +150,6 @@ void addCell(TileList& list, const Tile& cell) {
 }
 
 } // namespace
-
-ByteBlock::ByteBlock(std::size_t size)
-    : data_(static_cast<std::uint8_t*>(std::malloc(std::max<std::size_t>(size, 1)))), size_(size) {
-    if (!data_) throw RuntimeError(errors::outOfMemory, "Out of memory", "Undo");
-}
-
-void ByteBlock::shrink(std::size_t size) {
-    size_ = size;
-    if (void* smaller = std::realloc(data_, std::max<std::size_t>(size, 1)))
-        data_ = static_cast<std::uint8_t*>(smaller);
-}
 
 TileList wholeTiles(const imaging::ConstView& view) {
     TileList list = emptyList(view.type);

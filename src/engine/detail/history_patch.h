@@ -4,7 +4,6 @@
 
 #include <atomic>
 #include <cstdint>
-#include <cstdlib>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -13,23 +12,6 @@
 #include "imaging/raster.h"
 
 namespace kvn::engine::detail {
-
-// Uninitialised memory whose end can be given back.
-class ByteBlock {
-  public:
-    explicit ByteBlock(std::size_t size); // throws RuntimeError(outOfMemory)
-    ~ByteBlock() { std::free(data_); }
-    ByteBlock(const ByteBlock&) = delete;
-    ByteBlock& operator=(const ByteBlock&) = delete;
-
-    std::uint8_t* data() const { return data_; }
-    std::size_t size() const { return size_; }
-    void shrink(std::size_t size);
-
-  private:
-    std::uint8_t* data_;
-    std::size_t size_;
-};
 
 // A rectangle of the picture's storage. In columns of bytes, so that every pixel type is alike:
 // eight 1-bit pixels go together.

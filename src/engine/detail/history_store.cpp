@@ -71,14 +71,13 @@ void StoreCore::coolerThread() {
 }
 
 bool StoreCore::workOnce(std::unique_lock<std::mutex>& lock) {
-    std::vector<imaging::Raster> freed;
-    auto garbage = std::exchange(garbage_, {});
+    Freed freed;
+    freed.steps.swap(garbage_);
     CoolingJob job = pick(freed);
     const bool hasWork = job.content != nullptr;
-    if (!hasWork && freed.empty() && garbage.empty()) return false;
+    if (!hasWork && freed.isEmpty()) return false;
     lock.unlock();
-    freed.clear();
-    garbage.clear();
+    freed = {};
     job.run(*file_, stop_);
     job.raw = job.neighbourRaw = {};
     lock.lock();
@@ -97,10 +96,8 @@ void StoreCore::relieve() {
     std::unique_lock lock(mutex_);
     try {
         refresh();
-        while (inUse() > budget_ + budget_ / 2) {
-            if (workOnce(lock)) continue;
-            if (underWay_ == 0) return;
-            done_.wait(lock);
+        // It never waits for the background thread: what that is at work with is one step.
+        while (inUse() > budget_ + budget_ / 2 && workOnce(lock)) {
         }
     } catch (const std::bad_alloc&) {
         // Then it stays for the next call.
@@ -120,7 +117,7 @@ void StoreCore::discard(std::vector<Step> steps) noexcept {
 }
 
 void StoreCore::dropPacked() {
-    std::vector<imaging::Raster> freed; // after the lock
+    Freed freed; // outlives the lock
     const std::lock_guard lock(mutex_);
     try {
         refresh();

@@ -56,15 +56,21 @@ class StoreCore {
 
   private:
     using Clock = std::chrono::steady_clock;
+    // Memory to be given back after the lock is released, for that takes its time.
+    struct Freed {
+        std::vector<imaging::Raster> rasters;
+        std::vector<std::shared_ptr<const ByteBlock>> blocks;
+        std::vector<std::vector<Step>> steps;
+        bool isEmpty() const { return rasters.empty() && blocks.empty() && steps.empty(); }
+    };
     void refresh();
     std::uint64_t inUse() const; // memory of all contents; needs fresh ranks
-    void dropPacked(std::vector<imaging::Raster>& freed);
+    void dropPacked(Freed& freed);
 
-    // The most urgent job, none if all is as it should be. Pixels to be freed after the lock is
-    // released go to `freed`.
-    CoolingJob pick(std::vector<imaging::Raster>& freed);
+    // The most urgent job, none if all is as it should be.
+    CoolingJob pick(Freed& freed);
     CoolingJob pickPack(int leastRank);
-    CoolingJob pickSpill();
+    CoolingJob pickSpill(Freed& freed);
     CoolingJob pickFetch();
     CoolingJob begin(CoolingJob::Kind kind, Content& content);
     void publish(CoolingJob& job);
