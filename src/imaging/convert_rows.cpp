@@ -157,9 +157,25 @@ void convertRow(ImageType from, ImageType to, const std::uint8_t* source, std::u
         HWY_DYNAMIC_DISPATCH(convertAny)(from, to, source, target, width);
 }
 
+namespace {
+
+using Expanded = std::array<std::uint8_t, 8>;
+
+// The eight bits of every byte, spread out.
+constexpr std::array<Expanded, 256> expandedBytes = [] {
+    std::array<Expanded, 256> table{};
+    for (std::size_t byte = 0; byte < table.size(); ++byte)
+        for (std::size_t i = 0; i < 8; ++i)
+            table[byte][i] = static_cast<std::uint8_t>((byte >> (7 - i)) & 1);
+    return table;
+}();
+
+} // namespace
+
 void expandBits(const std::uint8_t* bits, std::uint8_t* bytes, int width) {
-    for (int x = 0; x < width; ++x)
-        bytes[x] = static_cast<std::uint8_t>((bits[x >> 3] >> (7 - (x & 7))) & 1);
+    for (; width >= 8; width -= 8, ++bits, bytes += 8)
+        std::memcpy(bytes, expandedBytes[*bits].data(), 8);
+    if (width > 0) std::memcpy(bytes, expandedBytes[*bits].data(), static_cast<std::size_t>(width));
 }
 
 void packBits(const std::uint8_t* bytes, std::uint8_t* bits, int width) {
