@@ -1,0 +1,137 @@
+#include "imaging/operations/filters/blur.h"
+
+#include <algorithm>
+
+#include "imaging/operations/filters/box_blend.h"
+#include "imaging/operations/filters/box_sums.h"
+#include "imaging/operations/filters/gauss.h"
+#include "imaging/operations/filters/gauss_kernels.h"
+#include "imaging/operations/support/color_maps.h"
+
+namespace kvn::imaging {
+namespace {
+
+constexpr int largestKernel = 255;
+
+constexpr Argument blurArguments[] = {
+    {"amount", ArgumentKind::Integer, 0, 100, "%", "share of the mean; clamped"},
+    {"kernel", ArgumentKind::Integer, 1, largestKernel, "px", "side of the window; made odd"},
+    {"ignore alpha", ArgumentKind::Boolean, 0, 0, "", "alpha stays and does not count"},
+};
+
+Raster blur(const Raster& source, const Arguments& arguments, Task& task) {
+    const double share = std::clamp(arguments.integer(0), 0, 100) / 100.0;
+    return boxBlend(source, oddSize(arguments.integer(1), largestKernel), share,
+                    arguments.boolean(2) ? BoxAlpha::Ignored : BoxAlpha::Mixed, task);
+}
+
+constexpr Argument gaussianBlurArguments[] = {
+    {"amount", ArgumentKind::Integer, 0, 2500, "%", "25 is a standard deviation of one pixel"},
+};
+
+// Promotes the picture, makes room for the result and has it filled.
+template <class Fill>
+Raster throughRows(const Raster& picture, Task& task, const Fill& fill) {
+    const Raster source = promoted(picture, task);
+    Raster result = Raster::uninitialized(source.type(), source.width(), source.height());
+    fill(source.view(), result.edit(), !isOpaque(source));
+    return result;
+}
+
+Raster gaussianBlur(const Raster& picture, const Arguments& arguments, Task& task) {
+    const double sigma = std::clamp(arguments.integer(0), 0, 2500) / 25.0;
+    if (sigma == 0) return picture;
+    return throughRows(picture, task, [&](const ConstView& from, const View& to, bool weighted) {
+        gaussRows(from, sigma, weighted, task, [&](int y, const float* row) {
+            if (weighted)
+                unmultiplyRow(row, from.row(y), to.row(y), from.width, bytesPerPixel(from.type));
+            else
+                roundLevels(row, to.row(y), rowBytes(from.type, from.width));
+        });
+    });
+}
+
+constexpr Argument softenArguments[] = {
+    {"amount", ArgumentKind::Integer, 0, 100, "%", "share of the mean; clamped"},
+};
+
+// What is visible of the pixel and of the mean, mixed.
+void mixVisible(const std::uint8_t* pixels, const float* mean, float share, float* out, int width,
+                int channels) {
+    for (int x = 0; x < width; ++x, pixels += channels, mean += channels, out += channels) {
+        const float alpha = pixels[channels - 1], own = alpha * (1 - share) / 255;
+        for (int c = 0; c < channels - 1; ++c)
+            out[c] = static_cast<float>(pixels[c]) * own + mean[c] * share;
+        out[channels - 1] = alpha * (1 - share) + mean[channels - 1] * share;
+    }
+}
+
+Raster soften(const Raster& picture, const Arguments& arguments, Task& task) {
+    const float share = static_cast<float>(std::clamp(arguments.integer(0), 0, 100)) / 100;
+    if (share == 0) return picture;
+    return throughRows(picture, task, [&](const ConstView& from, const View& to, bool weighted) {
+        const int channels = bytesPerPixel(from.type);
+        const std::size_t samples = rowBytes(from.type, from.width);
+        windowRows(from, {1.0f / 16, 4.0f / 16, 6.0f / 16, 4.0f / 16, 1.0f / 16}, weighted, task,
+                   [&](int y, const float* mean) {
+                       if (!weighted)
+                           return addDetail(from.row(y), mean, -share, 0, to.row(y), samples);
+                       std::vector<float> mixed(samples);
+                       mixVisible(from.row(y), mean, share, mixed.data(), from.width, channels);
+                       unmultiplyRow(mixed.data(), from.row(y), to.row(y), from.width, channels);
+                   });
+    });
+}
+
+constexpr Argument sharpenArguments[] = {
+    {"amount", ArgumentKind::Integer, 0, 100, "%", "strength; clamped"},
+    {"kernel", ArgumentKind::Integer, 1, largestKernel, "px", "side of the window; made odd"},
+    {"flag", ArgumentKind::Boolean, 0, 0, "", "not looked at"},
+};
+
+Raster sharpen(const Raster& source, const Arguments& arguments, Task& task) {
+    const double share = std::clamp(arguments.integer(0), 0, 100) / 100.0;
+    return boxBlend(source, oddSize(arguments.integer(1), largestKernel), -3 * share,
+                    BoxAlpha::Kept, task);
+}
+
+} // namespace
+
+const Operation blurOperation = {
+    .name = "Effects.Blur",
+    .undoName = "Blur",
+    .arguments = blurArguments,
+    .run = blur,
+    .border = -1,
+    .note = "Mixes every pixel with the mean of the square window around it.",
+};
+
+const Operation gaussianBlurOperation = {
+    .name = "Effects.GaussianBlur",
+    .undoName = "Gaussian Blur",
+    .arguments = gaussianBlurArguments,
+    .run = gaussianBlur,
+    .border = -1,
+    .note = "Blurs with a bell-shaped window.",
+};
+
+const Operation softenOperation = {
+    .name = "Effects.Soften",
+    .undoName = "Soften",
+    .arguments = softenArguments,
+    .run = soften,
+    .border = 2,
+    .note = "Mixes every pixel with a small bell-shaped mean.",
+};
+
+const Operation sharpenOperation = {
+    .name = "Effects.Sharpen",
+    .undoName = "Sharpen",
+    .arguments = sharpenArguments,
+    .run = sharpen,
+    .border = -1,
+    .alpha = AlphaRule::ColorOnly,
+    .note = "Moves every pixel away from the mean of the square window around it.",
+};
+
+} // namespace kvn::imaging

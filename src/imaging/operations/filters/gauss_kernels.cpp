@@ -1,0 +1,201 @@
+#include "imaging/operations/filters/gauss_kernels.h"
+
+#include <cstring>
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "imaging/operations/filters/gauss_kernels.cpp"
+#include <hwy/foreach_target.h> // compiles this file once for every instruction set
+
+#include <hwy/highway.h>
+
+// Plain loops that the compiler turns into vector code for each of the instruction sets.
+HWY_BEFORE_NAMESPACE();
+namespace kvn::imaging::HWY_NAMESPACE {
+
+// Entries that are finished before the next ones are begun: their sums stay in the fastest cache.
+constexpr std::size_t piece = 512;
+
+template <class T>
+HWY_INLINE void addPair(const T* HWY_RESTRICT a, const T* HWY_RESTRICT b, float weight,
+                        float* HWY_RESTRICT out, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i)
+        out[i] += weight * static_cast<float>(a[i] + b[i]);
+}
+
+template <class T>
+HWY_INLINE void addTwoPairs(const T* HWY_RESTRICT a, const T* HWY_RESTRICT b,
+                            const T* HWY_RESTRICT c, const T* HWY_RESTRICT d, const float* weights,
+                            float* HWY_RESTRICT out, std::size_t count) {
+    const float near = weights[1], far = weights[0];
+    for (std::size_t i = 0; i < count; ++i)
+        out[i] += near * static_cast<float>(a[i] + b[i]) + far * static_cast<float>(c[i] + d[i]);
+}
+
+// `at(k)` gives the entries of tap k.
+template <class T, class At>
+HWY_INLINE void sumSymmetric(const At& at, const float* weights, int taps, float* HWY_RESTRICT out,
+                             std::size_t count) {
+    const int middle = taps / 2;
+    const T* HWY_RESTRICT own = at(middle);
+    for (std::size_t i = 0; i < count; ++i)
+        out[i] = weights[middle] * static_cast<float>(own[i]);
+    int k = 1;
+    for (; k + 1 <= middle; k += 2)
+        addTwoPairs<T>(at(middle - k), at(middle + k), at(middle - k - 1), at(middle + k + 1),
+                       weights + middle - k - 1, out, count);
+    if (k <= middle) addPair<T>(at(middle - k), at(middle + k), weights[middle - k], out, count);
+}
+
+template <class T>
+HWY_INLINE void sumRowsOf(const T* const* rows, const float* weights, int taps, float* out,
+                          std::size_t count) {
+    for (std::size_t i = 0; i < count; i += piece)
+        sumSymmetric<T>([=](int k) HWY_ATTR { return rows[k] + i; }, weights, taps, out + i,
+                        count - i < piece ? count - i : piece);
+}
+
+void rowsOfBytes(const std::uint8_t* const* rows, const float* weights, int taps, float* out,
+                 std::size_t count) {
+    sumRowsOf(rows, weights, taps, out, count);
+}
+void rowsOfFloats(const float* const* rows, const float* weights, int taps, float* out,
+                  std::size_t count) {
+    sumRowsOf(rows, weights, taps, out, count);
+}
+
+void fourRows(const float* const* rows, const float* weights, float* HWY_RESTRICT out,
+              std::size_t count) {
+    const float* HWY_RESTRICT a = rows[0];
+    const float* HWY_RESTRICT b = rows[1];
+    const float* HWY_RESTRICT c = rows[2];
+    const float* HWY_RESTRICT d = rows[3];
+    const float w0 = weights[0], w1 = weights[1], w2 = weights[2], w3 = weights[3];
+    for (std::size_t i = 0; i < count; ++i)
+        out[i] = w0 * a[i] + w1 * b[i] + (w2 * c[i] + w3 * d[i]);
+}
+
+void entries(const float* in, const float* weights, int taps, int step, float* out,
+             std::size_t count) {
+    for (std::size_t i = 0; i < count; i += piece)
+        sumSymmetric<float>([=](int k) HWY_ATTR { return in + i + k * step; }, weights, taps,
+                            out + i, count - i < piece ? count - i : piece);
+}
+
+// Up to four channels of a pixel at once; the entries past the last channel are left over.
+typedef float Pixel __attribute__((vector_size(16), aligned(4)));
+
+HWY_INLINE void load(const float* from, Pixel& pixel) {
+    std::memcpy(&pixel, from, sizeof pixel);
+}
+HWY_INLINE void store(const Pixel& pixel, float* to) {
+    std::memcpy(to, &pixel, sizeof pixel);
+}
+
+void coarse(const float* in, const float* weights, int taps, int factor, int channels, float* out,
+            int count) {
+    for (int i = 0; i < count; ++i) {
+        const float* from = in + static_cast<std::ptrdiff_t>(i) * factor * channels;
+        Pixel sum = {};
+        for (int k = 0; k < taps; ++k, from += channels) {
+            Pixel pixel;
+            load(from, pixel);
+            sum += pixel * weights[k];
+        }
+        store(sum, out + static_cast<std::ptrdiff_t>(i) * channels);
+    }
+}
+
+void fine(const float* in, const float* weights, int factor, int channels, float* out, int count) {
+    for (int i = 0; i < count; ++i, in += channels) {
+        Pixel p0, p1, p2, p3;
+        load(in, p0);
+        load(in + channels, p1);
+        load(in + 2 * channels, p2);
+        load(in + 3 * channels, p3);
+        const float* w = weights;
+        for (int phase = 0; phase < factor; ++phase, w += 4, out += channels)
+            store(p0 * w[0] + p1 * w[1] + (p2 * w[2] + p3 * w[3]), out);
+    }
+}
+
+HWY_INLINE std::uint8_t level(float value) {
+    int rounded = static_cast<int>(value + 0.5f);
+    rounded = rounded < 0 ? 0 : rounded;
+    return static_cast<std::uint8_t>(rounded > 255 ? 255 : rounded);
+}
+
+void rounded(const float* HWY_RESTRICT in, std::uint8_t* HWY_RESTRICT out, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i)
+        out[i] = level(in[i]);
+}
+
+void detailAdded(const std::uint8_t* HWY_RESTRICT pixels, const float* HWY_RESTRICT blurred,
+                 float gain, float threshold, std::uint8_t* HWY_RESTRICT out, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) {
+        const float own = static_cast<float>(pixels[i]);
+        const float detail = own - blurred[i];
+        const float size = detail < 0 ? -detail : detail;
+        out[i] = level(own + (size >= threshold ? detail * gain : 0.0f));
+    }
+}
+
+void detailKept(float base, const std::uint8_t* HWY_RESTRICT pixels,
+                const float* HWY_RESTRICT blurred, std::uint8_t* HWY_RESTRICT out,
+                std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i)
+        out[i] = level(base + static_cast<float>(pixels[i]) - blurred[i]);
+}
+
+} // namespace kvn::imaging::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace kvn::imaging {
+
+HWY_EXPORT(rowsOfBytes);
+HWY_EXPORT(rowsOfFloats);
+HWY_EXPORT(fourRows);
+HWY_EXPORT(entries);
+HWY_EXPORT(coarse);
+HWY_EXPORT(fine);
+HWY_EXPORT(rounded);
+HWY_EXPORT(detailAdded);
+HWY_EXPORT(detailKept);
+
+void sumRows(const std::uint8_t* const* rows, const float* weights, int taps, float* out,
+             std::size_t count) {
+    HWY_DYNAMIC_DISPATCH(rowsOfBytes)(rows, weights, taps, out, count);
+}
+void sumRows(const float* const* rows, const float* weights, int taps, float* out,
+             std::size_t count) {
+    HWY_DYNAMIC_DISPATCH(rowsOfFloats)(rows, weights, taps, out, count);
+}
+void sumFourRows(const float* const* rows, const float* weights, float* out, std::size_t count) {
+    HWY_DYNAMIC_DISPATCH(fourRows)(rows, weights, out, count);
+}
+void sumEntries(const float* in, const float* weights, int taps, int step, float* out,
+                std::size_t count) {
+    HWY_DYNAMIC_DISPATCH(entries)(in, weights, taps, step, out, count);
+}
+void toCoarse(const float* in, const float* weights, int taps, int factor, int channels, float* out,
+              int count) {
+    HWY_DYNAMIC_DISPATCH(coarse)(in, weights, taps, factor, channels, out, count);
+}
+void toFine(const float* in, const float* weights, int factor, int channels, float* out,
+            int count) {
+    HWY_DYNAMIC_DISPATCH(fine)(in, weights, factor, channels, out, count);
+}
+void roundLevels(const float* in, std::uint8_t* out, std::size_t count) {
+    HWY_DYNAMIC_DISPATCH(rounded)(in, out, count);
+}
+void addDetail(const std::uint8_t* pixels, const float* blurred, float gain, float threshold,
+               std::uint8_t* out, std::size_t count) {
+    HWY_DYNAMIC_DISPATCH(detailAdded)(pixels, blurred, gain, threshold, out, count);
+}
+void detailAround(float base, const std::uint8_t* pixels, const float* blurred, std::uint8_t* out,
+                  std::size_t count) {
+    HWY_DYNAMIC_DISPATCH(detailKept)(base, pixels, blurred, out, count);
+}
+
+} // namespace kvn::imaging
+#endif

@@ -1,0 +1,42 @@
+// Row kernels of the Gaussian filters: weighted sums of rows and along rows, in floats, and the
+// change between a fine and a coarse grid.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace kvn::imaging {
+
+// out[i] = sum of weights[k] * rows[k][i]; the weights are symmetric about the middle one, `taps`
+// is odd.
+void sumRows(const std::uint8_t* const* rows, const float* weights, int taps, float* out,
+             std::size_t count);
+void sumRows(const float* const* rows, const float* weights, int taps, float* out,
+             std::size_t count);
+// The same for any four weights.
+void sumFourRows(const float* const* rows, const float* weights, float* out, std::size_t count);
+
+// out[i] = sum of weights[k] * in[i + k * step], symmetric weights, `taps` odd.
+void sumEntries(const float* in, const float* weights, int taps, int step, float* out,
+                std::size_t count);
+
+// out[i * channels + c] = sum over k of weights[k] * in[(i * factor + k) * channels + c]. Both rows
+// are followed by 4 entries that may be read or overwritten.
+void toCoarse(const float* in, const float* weights, int taps, int factor, int channels, float* out,
+              int count);
+// Pixel i * factor + phase of `out` is the sum over k below 4 of
+// weights[phase * 4 + k] * in[(i + k) * channels + c]; the rows as above.
+void toFine(const float* in, const float* weights, int factor, int channels, float* out, int count);
+
+// Rounded and clamped to 0..255.
+void roundLevels(const float* in, std::uint8_t* out, std::size_t count);
+
+// out[i] = pixels[i] + (pixels[i] - blurred[i]) * gain where the difference is at least
+// `threshold`, else pixels[i]; rounded and clamped.
+void addDetail(const std::uint8_t* pixels, const float* blurred, float gain, float threshold,
+               std::uint8_t* out, std::size_t count);
+// out[i] = base + pixels[i] - blurred[i], rounded and clamped.
+void detailAround(float base, const std::uint8_t* pixels, const float* blurred, std::uint8_t* out,
+                  std::size_t count);
+
+} // namespace kvn::imaging

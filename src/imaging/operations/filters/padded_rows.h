@@ -1,0 +1,35 @@
+// The rows around a row of a picture, continued on all sides by repeating the edge pixels: what
+// small-window kernels read.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "imaging/raster.h"
+
+namespace kvn::imaging {
+
+// Keeps the last rows made, so going down the picture makes each row once.
+class PaddedRows {
+  public:
+    // `above`, `below`, `side`: pixels that the window reaches beyond its middle. 256 bytes behind
+    // each row may be read.
+    PaddedRows(const ConstView& view, int above, int below, int side);
+
+    // rows()[k] is the row y - above + k; its entry 0 is the pixel `side` left of the picture.
+    const std::uint8_t* const* around(int y);
+
+  private:
+    const std::uint8_t* padded(int y);
+
+    ConstView view_;
+    int above_, count_, side_;
+    std::vector<std::vector<std::uint8_t>> rows_;
+    std::vector<int> kept_;
+    std::vector<const std::uint8_t*> pointers_;
+};
+
+// Continues a row of pixels that begins at `row + side pixels` by `side` pixels on both ends.
+void repeatEdges(std::uint8_t* row, int width, int side, int channels);
+
+} // namespace kvn::imaging

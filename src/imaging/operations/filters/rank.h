@@ -1,0 +1,20 @@
+// Filters that choose one value of the square window around a pixel, channel by channel. Palette
+// and 1-bit pictures become 24-bit, 32-bit with alpha; the other types stay. Edge pixels are
+// repeated outwards. Sizes are clamped to 1..255 px, even ones count as the next odd one; 1 changes
+// nothing. Alpha is filtered like a colour, or stays where it is ignored.
+#pragma once
+
+#include "imaging/operation.h"
+
+namespace kvn::imaging {
+
+// Effects.MedianCut(filter size, ignore alpha): the exact median. Up to 15 by comparing whole
+// vectors with the bits of the result, above by sliding histograms (S. Perreault and P. Hebert,
+// Median filtering in constant time, 2007).
+extern const Operation medianCutOperation;
+
+// Effects.Minimum, Effects.Maximum(filter size, ignore alpha): the least and the greatest value.
+extern const Operation minimumOperation;
+extern const Operation maximumOperation;
+
+} // namespace kvn::imaging

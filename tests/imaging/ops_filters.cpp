@@ -1,0 +1,307 @@
+// The filters against the obvious way to compute them, over all image types and awkward sizes, and
+// for every instruction set of this machine.
+#include <QtTest>
+#include <numeric>
+
+#include "imaging/support/filter_reference.h"
+#include "reference/instruction_sets.h"
+#include "reference/pictures.h"
+
+using namespace kvn::imaging;
+using namespace reference;
+
+namespace {
+
+constexpr Size sizes[] = {{1, 1}, {1, 9}, {9, 1}, {7, 5}, {47, 23}};
+
+void onEveryPicture(const std::function<void(const Raster& picture, const Raster& seen)>& work) {
+    for (const ImageType type : everyType)
+        for (const Size size : sizes) {
+            const Raster picture = noise(type, size, 5);
+            work(picture, withoutPalette(picture));
+        }
+}
+
+double clamped(double value) {
+    return std::clamp(value, 0.0, 255.0);
+}
+
+std::vector<double> normalised(std::vector<double> weights) {
+    const double sum = std::accumulate(weights.begin(), weights.end(), 0.0);
+    for (double& weight : weights)
+        weight /= sum;
+    return weights;
+}
+
+std::vector<double> bell(double sigma) {
+    const int radius = static_cast<int>(std::ceil(5 * sigma));
+    std::vector<double> weights;
+    for (int i = -radius; i <= radius; ++i)
+        weights.push_back(std::exp(-0.5 * i * i / (sigma * sigma)));
+    return normalised(weights);
+}
+
+// Colours mixed by what is visible of the pixel and of the mean; alpha mixed as it is.
+double mixedVisibly(const Raster& seen, int x, int y, int c, double share, const Window& window) {
+    if (c == 3) return channelAt(seen, x, y, 3) * (1 - share) + visibleMean(window, false) * share;
+    double alpha = 0, weights = 0;
+    for (const Item& item : window) {
+        alpha += item.alpha * item.weight;
+        weights += item.weight;
+    }
+    const double own = channelAt(seen, x, y, 3) / 255.0 * (1 - share);
+    const double others = alpha / weights * share;
+    if (own + others < 0.02) return -1; // hardly visible: any colour
+    return (channelAt(seen, x, y, c) * own + std::max(0.0, visibleMean(window, true)) * others) /
+           (own + others);
+}
+
+} // namespace
+
+class FiltersTest : public QObject {
+    Q_OBJECT
+
+  private slots:
+    void blurMixesWithTheMean();
+    void sharpenLeavesTheMean();
+    void softenIsBinomial();
+    void gaussianIsTrue();
+    void medianIsExact();
+    void extremesAreExact();
+    void meansFollowTheirDefinitions();
+    void neutralArgumentsChangeNothing();
+    void flatStaysFlat();
+};
+
+void FiltersTest::blurMixesWithTheMean() {
+    onEveryPicture([](const Raster& picture, const Raster& seen) {
+        for (const int size : {3, 6, 17})
+            for (const int amount : {40, 100})
+                for (const bool ignore : {false, true}) {
+                    const Raster result =
+                        runOne("Effects.Blur", picture, {whole(amount), whole(size), ignore});
+                    const auto expected = [&](int x, int y, int c) {
+                        if (ignore && c == 3) return double(channelAt(seen, x, y, 3));
+                        const Window window = windowAt(seen, x, y, c, (size | 1) / 2);
+                        const double share = amount / 100.0;
+                        if (!ignore) return mixedVisibly(seen, x, y, c, share, window);
+                        return channelAt(seen, x, y, c) * (1 - share) +
+                               visibleMean(window, false) * share;
+                    };
+                    QCOMPARE_LE(largestDifference(result, expected), 0.51);
+                }
+    });
+}
+
+void FiltersTest::sharpenLeavesTheMean() {
+    onEveryPicture([](const Raster& picture, const Raster& seen) {
+        const Raster result = runOne("Effects.Sharpen", picture, {whole(50), whole(3), true});
+        const auto expected = [&](int x, int y, int c) {
+            const double own = channelAt(seen, x, y, c);
+            const double mean = visibleMean(windowAt(seen, x, y, c, 1), true);
+            return c == 3 || mean < 0 ? own : clamped(own + 1.5 * (own - mean));
+        };
+        QCOMPARE_LE(largestDifference(result, expected), 0.51);
+    });
+}
+
+void FiltersTest::softenIsBinomial() {
+    const std::vector<double> weights = normalised({1, 4, 6, 4, 1});
+    onEveryPicture([&](const Raster& picture, const Raster& seen) {
+        for (const int amount : {25, 100}) {
+            const Raster result = runOne("Effects.Soften", picture, {whole(amount)});
+            QCOMPARE_LE(largestDifference(result,
+                                          [&](int x, int y, int c) {
+                                              return mixedVisibly(
+                                                  seen, x, y, c, amount / 100.0,
+                                                  windowAt(seen, x, y, c, 2, weights));
+                                          }),
+                        0.52);
+        }
+    });
+}
+
+void FiltersTest::gaussianIsTrue() {
+    // Both ways to compute it, on both sides of the change from one to the other. A hard-edged
+    // board shows errors of the whole, noise those of the single pixel.
+    Raster board(ImageType::Rgb24, 90, 70);
+    for (int y = 0; y < 70; ++y)
+        for (int x = 0; x < 90; ++x)
+            board.setPixel(x, y, (x / 23 + y / 17) % 2 ? Rgba{255, 255, 0} : Rgba{0, 0, 255});
+    const Raster pictures[] = {board, noise(ImageType::Rgba32, {61, 40}),
+                               noise(ImageType::GrayAlpha16, {1, 9}),
+                               noise(ImageType::Bit1, {9, 1}), noise(ImageType::Gray8, {33, 29})};
+    onEveryInstructionSet([&] {
+        for (const int amount : {20, 64, 66, 130, 500})
+            for (const Raster& picture : pictures) {
+                const Raster seen = withoutPalette(picture);
+                const std::vector<double> weights = bell(amount / 25.0);
+                const int radius = static_cast<int>(weights.size()) / 2;
+                const Raster result = runOne("Effects.GaussianBlur", picture, {whole(amount)});
+                // Far from every pixel costs too long: a grid of places is enough.
+                const auto expected = [&](int x, int y, int c) {
+                    if (radius > 20 && (x % 11 || y % 13)) return -1.0;
+                    return mixedVisibly(seen, x, y, c, 1, windowAt(seen, x, y, c, radius, weights));
+                };
+                // Straight colours of half transparent places carry the rounding of the alpha.
+                QCOMPARE_LE(largestDifference(result, expected),
+                            hasAlpha(seen.type()) ? 2.5 : 0.95);
+            }
+    });
+}
+
+void FiltersTest::medianIsExact() {
+    const auto check = [](const Raster& picture, const Raster& seen) {
+        for (const int size : {3, 5, 9, 15, 19})
+            for (const bool ignore : {false, true}) {
+                const Raster result = runOne("Effects.MedianCut", picture, {whole(size), ignore});
+                const auto expected = [&](int x, int y, int c) {
+                    if (size > 9 && (x + y) % 7) return -1.0;
+                    if (ignore && c == 3) return double(channelAt(seen, x, y, 3));
+                    Window window = windowAt(seen, x, y, c, size / 2);
+                    const auto middle = window.begin() + size * size / 2;
+                    std::ranges::nth_element(window, middle, {}, &Item::value);
+                    return middle->value;
+                };
+                QCOMPARE(largestDifference(result, expected), 0.0);
+            }
+    };
+    onEveryPicture(check);
+    const Raster picture = noise(ImageType::Rgb24, {47, 9}), narrow = noise(picture.type(), {2, 9});
+    onEveryInstructionSet([&] {
+        check(picture, picture);
+        check(narrow, narrow);
+    });
+}
+
+void FiltersTest::extremesAreExact() {
+    onEveryPicture([](const Raster& picture, const Raster& seen) {
+        for (const int size : {2, 3, 5, 15})
+            for (const bool ignore : {false, true}) {
+                const std::vector<Value> values{whole(size), ignore};
+                const Raster least = runOne("Effects.Minimum", picture, values);
+                const Raster greatest = runOne("Effects.Maximum", picture, values);
+                const auto expected = [&](bool most) {
+                    return [&, most](int x, int y, int c) {
+                        if (ignore && c == 3) return double(channelAt(seen, x, y, 3));
+                        const Window window = windowAt(seen, x, y, c, (size | 1) / 2);
+                        const auto [low, high] =
+                            std::ranges::minmax_element(window, {}, &Item::value);
+                        return most ? high->value : low->value;
+                    };
+                };
+                QCOMPARE(largestDifference(least, expected(false)), 0.0);
+                QCOMPARE(largestDifference(greatest, expected(true)), 0.0);
+            }
+    });
+}
+
+void FiltersTest::meansFollowTheirDefinitions() {
+    struct Mean {
+        const char* name;
+        std::vector<Value> before; // arguments between size and "ignore alpha"
+        double (*term)(double);
+        double (*value)(double);
+    };
+    const auto square = [](double v) { return v * v; };
+    const auto same = [](double v) { return v; };
+    const auto inverse = [](double v) { return 1 / v; };
+    const Mean means[] = {
+        {"Effects.ArithmeticMean", {}, same, same},
+        {"Effects.GeometricMean",
+         {},
+         [](double v) { return std::log(v); },
+         [](double m) { return std::exp(m); }},
+        {"Effects.HarmonicMean", {}, inverse, inverse},
+        {"Effects.YpMean", {false}, square, [](double m) { return std::sqrt(m); }},
+        {"Effects.YpMean",
+         {true},
+         [](double v) { return 1 / (v * v); },
+         [](double m) { return 1 / std::sqrt(m); }},
+    };
+    const auto check = [&](const Raster& picture, const Raster& seen) {
+        for (const Mean& mean : means)
+            for (const int size : {3, 35})
+                for (const bool ignore : {false, true}) {
+                    std::vector<Value> values{whole(size)};
+                    values.insert(values.end(), mean.before.begin(), mean.before.end());
+                    values.push_back(ignore);
+                    const Raster result = runOne(mean.name, picture, values);
+                    const auto expected = [&](int x, int y, int c) {
+                        if (size > 9 && (x + y) % 7) return -1.0;
+                        Window window = windowAt(seen, x, y, c, size / 2);
+                        if (c == 3)
+                            return ignore ? channelAt(seen, x, y, 3) : visibleMean(window, false);
+                        if (std::ranges::all_of(window, [&](const Item& item) {
+                                return !ignore && item.alpha == 0;
+                            }))
+                            return -1.0;
+                        std::erase_if(window,
+                                      [&](const Item& item) { return !ignore && item.alpha == 0; });
+                        for (Item& item : window)
+                            item.value = mean.term(item.value);
+                        return mean.value(visibleMean(window, !ignore));
+                    };
+                    // Large windows weigh by 16 steps of alpha.
+                    const double limit = size > 31 && !ignore && hasAlpha(seen.type()) ? 7 : 0.55;
+                    const double worst = largestDifference(result, expected);
+                    QVERIFY2(worst <= limit,
+                             (std::string(mean.name) + " " + std::to_string(size) + " " +
+                              nameOf(picture.type()) + ": " + std::to_string(worst))
+                                 .c_str());
+                }
+    };
+    onEveryPicture(check);
+    // Without zeros, which end most of the means early.
+    Raster bright = noise(ImageType::Rgba32, {50, 40});
+    for (int y = 0; y < 40; ++y)
+        for (int x = 0; x < 50; ++x) {
+            const Rgba p = bright.pixel(x, y);
+            const auto up = [](int v) { return static_cast<std::uint8_t>(std::max(v, 1)); };
+            bright.setPixel(x, y, {up(p.r), up(p.g), up(p.b), p.a});
+        }
+    check(bright, bright);
+    const Raster opaque = convertType(bright, ImageType::Rgb24, *std::make_unique<Task>());
+    onEveryInstructionSet([&] { check(opaque, opaque); });
+}
+
+void FiltersTest::neutralArgumentsChangeNothing() {
+    const std::pair<const char*, std::vector<Value>> neutral[] = {
+        {"Effects.Blur", {whole(0), whole(7), false}},
+        {"Effects.Blur", {whole(80), whole(1), true}},
+        {"Effects.GaussianBlur", {whole(0)}},
+        {"Effects.Soften", {whole(0)}},
+        {"Effects.Sharpen", {whole(0), whole(3), true}},
+        {"Effects.MedianCut", {whole(1), false}},
+        {"Effects.Minimum", {whole(1), false}},
+        {"Effects.ArithmeticMean", {whole(1), false}},
+        {"Effects.GeometricMean", {whole(1), true}},
+    };
+    onEveryPicture([&](const Raster& picture, const Raster&) {
+        for (const auto& [name, values] : neutral)
+            QVERIFY2(runOne(name, picture, values).samePixels(picture), name);
+    });
+}
+
+void FiltersTest::flatStaysFlat() {
+    const std::pair<const char*, std::vector<Value>> filters[] = {
+        {"Effects.Blur", {whole(100), whole(31), false}},
+        {"Effects.GaussianBlur", {whole(60)}},
+        {"Effects.GaussianBlur", {whole(700)}},
+        {"Effects.Soften", {whole(100)}},
+        {"Effects.Sharpen", {whole(100), whole(3), true}},
+        {"Effects.MedianCut", {whole(21), false}},
+        {"Effects.GeometricMean", {whole(5), false}},
+        {"Effects.HarmonicMean", {whole(101), false}},
+        {"Effects.YpMean", {whole(7), true, false}},
+    };
+    for (const ImageType type : {ImageType::Gray8, ImageType::Rgb24, ImageType::Rgba32})
+        for (const std::uint8_t level : {1, 77, 254, 255}) {
+            const Raster flat = Raster::filled(type, 40, 30, {level, level, level, 90});
+            for (const auto& [name, values] : filters)
+                QVERIFY2(runOne(name, flat, values).samePixels(flat), name);
+        }
+}
+
+QTEST_GUILESS_MAIN(FiltersTest)
+#include "ops_filters.moc"
