@@ -85,9 +85,11 @@ void Info::SetPixel(int x, int y, const Color& color) {
     if (index < 0) throw RuntimeError(errors::objectNotSet, "There is no image.", "Info.SetPixel");
     PageState& page = list.state.pages[static_cast<std::size_t>(index)];
     const bool shown = list.observer && index == list.state.current;
+    // The first of a run of pixels; the others go on from its content.
+    if (page.stamp != list.pixelStamp) list.history.hold(list.state);
     if (shown) list.observer->releasePicture();
     page.raster.setPixel(x, y, detail::rgbaOf(color));
-    page.stamp = PageList::nextId();
+    list.pixelStamp = page.stamp = PageList::nextId();
     ++list.generation;
     if (shown) list.observer->pixelSet(x, y);
 }

@@ -28,7 +28,8 @@ int failureOf(const std::function<void()>& call) {
 
 QStringList operations(const Trace& trace) {
     QStringList names;
-    for (const TraceRecord& record : trace.records()) names.append(record.op);
+    for (const TraceRecord& record : trace.records())
+        names.append(record.op);
     return names;
 }
 
@@ -56,6 +57,7 @@ class ImageTest : public QObject {
     void progressBeginsWithZeroAndEndsWithHundred();
     void pagesComeGoAndBecomeCurrent();
     void drawingChangesOnlyItsRectangle();
+    void changesWithoutAStepGoWithTheStepBefore();
     void namedOperationsRunAndAreTraced();
     void pixelArraysGoOutAndComeBack();
     void savedPictureIsUnchangedUntilEdited();
@@ -266,7 +268,8 @@ void ImageTest::pagesComeGoAndBecomeCurrent() {
     ImgX control(*engine_, "ImgX");
     control.setUndoDepth(25);
     QSignalSpy listed(&control, &ImgX::ImageListChanged), changed(&control, &ImgX::ImageChanged);
-    for (int i = 1; i <= 3; ++i) control.Images().Add(made(i, i, 5), 0, 0, "no undo");
+    for (int i = 1; i <= 3; ++i)
+        control.Images().Add(made(i, i, 5), 0, 0, "no undo");
     QCOMPARE(control.Images().Count(), 3);
     QCOMPARE(control.Info().ListIndex(), 0);
     QVERIFY(!control.Modified());
@@ -324,18 +327,34 @@ void ImageTest::drawingChangesOnlyItsRectangle() {
     QCOMPARE(control.Info().GetPixel(5, 5).Red(), quint8(0));
 }
 
+void ImageTest::changesWithoutAStepGoWithTheStepBefore() {
+    ImgX control(*engine_, "ImgX");
+    control.setUndoDepth(25);
+    control.Import().New(64, 64, Color(0, 0, 0), 5, "no undo");
+    const Image stamp = made(10, 10, 5, Color(255, 0, 0));
+    const auto red = [&](int x) { return int(control.Info().GetPixel(x, 1).Red()); };
+    control.Draw().Image(stamp.Info(), 0, 0, nullptr, 1.0, true, "");
+    control.Draw().Image(stamp.Info(), 20, 0, nullptr, 1.0, true, "no undo");
+    control.Info().SetPixel(40, 1, Color(255, 0, 0));
+    control.Info().SetPixel(41, 1, Color(255, 0, 0));
+    QVERIFY(red(1) && red(21) && red(40) && red(41));
+    control.Undo();
+    QVERIFY(!red(1) && !red(21) && !red(40) && !red(41));
+    control.Redo();
+    QVERIFY(red(1) && red(21) && red(40) && red(41));
+}
+
 void ImageTest::namedOperationsRunAndAreTraced() {
     Image image = made(6, 4, 5);
     image.Info().SetPixel(0, 0, Color(255, 255, 255));
     engine_->trace().clear();
     image.run("Geometry.Flip", {0}, "");
     QCOMPARE(image.Info().GetPixel(5, 0).Red(), quint8(255));
-    image.run("Geometry.ResizeCanvas",
-              {8, 6, QVariant::fromValue(Color(1, 2, 3, 4)), 1, 1}, "Border");
+    image.run("Geometry.ResizeCanvas", {8, 6, QVariant::fromValue(Color(1, 2, 3, 4)), 1, 1},
+              "Border");
     QCOMPARE(image.Info().Width(), 8);
     const auto records = engine_->trace().records();
-    QCOMPARE(operations(engine_->trace()),
-             QStringList({"Geometry.Flip", "Geometry.ResizeCanvas"}));
+    QCOMPARE(operations(engine_->trace()), QStringList({"Geometry.Flip", "Geometry.ResizeCanvas"}));
     QCOMPARE(records[1].args, QJsonArray({8, 6, "#01020304", 1, 1, "Border"}));
     QCOMPARE(*records[1].step, QString("Border"));
     QCOMPARE(failureOf([&] { image.run("Geometry.Nothing", {}, ""); }), errors::memberNotFound);

@@ -74,6 +74,7 @@ class PageList {
     bool pagesTouched = false; // pages were added or removed since load or save
     bool reportsProgress = true;
     bool busy = false;      // an operation of this list is under way
+    quint64 pixelStamp = 0; // of the content that the last single pixel made
     quint64 generation = 0; // grows with every change of the state
 
   private:

@@ -126,6 +126,8 @@ void changeState(PageList& list, const Call& call,
         if (takesStep(list, call)) {
             list.history.record(stepLabel(call).toStdString(), list.state);
             entry.setStep(stepLabel(call));
+        } else {
+            list.history.hold(list.state);
         }
         list.state = std::move(next);
     });
@@ -145,6 +147,7 @@ void changeInPlace(PageList& list, const Call& call, const imaging::Rect& rect,
         // Without a step of its own the painted part is still kept until the painting is done.
         const imaging::Raster spare =
             keep || clipped.isEmpty() ? imaging::Raster{} : page.raster.cropped(clipped);
+        if (!keep) list.history.hold(list.state);
         const bool recorded =
             keep && list.history.recordRect(stepLabel(call).toStdString(), list.state, clipped);
         const quint64 stamp = page.stamp;
