@@ -10,6 +10,8 @@ inline constexpr int twipsPerPixel = 15;
 inline int pixelsFromTwips(double twips) {
     return static_cast<int>(std::nearbyint(twips / twipsPerPixel));
 }
-inline double twipsFromPixels(double pixels) { return pixels * twipsPerPixel; }
+inline double twipsFromPixels(double pixels) {
+    return pixels * twipsPerPixel;
+}
 
 } // namespace kvn

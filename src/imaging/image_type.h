@@ -23,13 +23,19 @@ constexpr int bitsPerPixel(ImageType type) {
     return bits[static_cast<int>(type)];
 }
 // Whole bytes a pixel; 0 for the packed 1-bit form.
-constexpr int bytesPerPixel(ImageType type) { return bitsPerPixel(type) / 8; }
-constexpr bool hasPalette(ImageType type) { return type <= ImageType::Indexed8Alpha; }
+constexpr int bytesPerPixel(ImageType type) {
+    return bitsPerPixel(type) / 8;
+}
+constexpr bool hasPalette(ImageType type) {
+    return type <= ImageType::Indexed8Alpha;
+}
 constexpr bool hasAlpha(ImageType type) {
     return type == ImageType::Indexed8Alpha || type == ImageType::GrayAlpha16 ||
            type == ImageType::Rgba32;
 }
-constexpr bool isImageType(int number) { return number >= 0 && number < imageTypeCount; }
+constexpr bool isImageType(int number) {
+    return number >= 0 && number < imageTypeCount;
+}
 
 // Payload bytes of one row, without the padding of the storage.
 constexpr std::size_t rowBytes(ImageType type, int width) {
