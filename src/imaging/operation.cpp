@@ -20,6 +20,7 @@ using Family = std::span<const Operation* const> (*)();
 constexpr Family families[] = {
     basicGeometryOperations,
     filterOperations,
+    resampleOperations,
     toneOperations,
 };
 

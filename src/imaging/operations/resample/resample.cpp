@@ -1,0 +1,16 @@
+// The list of the resampling family.
+#include "imaging/operations/resample/resample.h"
+
+#include "imaging/operations/families.h"
+
+namespace kvn::imaging {
+
+std::span<const Operation* const> resampleOperations() {
+    static constexpr const Operation* list[] = {
+        &autoCropOperation, &perspectiveOperation, &perspectiveMapOperation,
+        &resizeOperation,   &rotateOperation,      &skewOperation,
+    };
+    return list;
+}
+
+} // namespace kvn::imaging
