@@ -445,6 +445,12 @@ void ImgXViewTest::regionFromCode() {
     control_->setRegionWidth(11);
     QCOMPARE(told_.last(), QString("region 0 0 10 80"));
     control_->setHasRegion(false);
+    // A flag alone means the whole picture, and is no rectangle to tell of.
+    told_.clear();
+    control_->setHasRegion(true);
+    QVERIFY(control_->HasRegion() && told_.isEmpty());
+    QCOMPARE(control_->RegionWidth(), 100);
+    control_->setHasRegion(false);
     QCOMPARE(told_.last(), QString("region 0 0 0 0"));
     told_.clear();
     control_->setHasRegion(false);

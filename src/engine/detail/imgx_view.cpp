@@ -183,7 +183,9 @@ void ImgXView::Impl::reportRegion() {
 void ImgXView::Impl::setHasRegion(bool on) {
     if (!on && !region_.flag()) return;
     region_.setFlag(on);
-    reportRegion();
+    // A mere flag stands for the whole picture where a region is asked for, but it is no
+    // selection to tell of: commands would take it for a rectangle that the user drew.
+    if (!on || region_.hasRectangle()) reportRegion();
 }
 
 // Sides that are written before the flag say nothing yet.

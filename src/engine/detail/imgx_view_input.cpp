@@ -262,7 +262,8 @@ void ImgXView::Impl::paint(QPaintEvent* event) {
         paintFrame(painter, QRect(place.x, place.y, place.width, place.height), all,
                    std::max(1, static_cast<int>(r)));
     };
-    if (region_.isInForce(viewport_.picture())) frame(region_.clipped(viewport_.picture()));
+    if (region_.hasRectangle() && region_.isInForce(viewport_.picture()))
+        frame(region_.clipped(viewport_.picture()));
     if (frame_) frame(*frame_);
     painter.restore();
     painter.save();

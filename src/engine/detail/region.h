@@ -15,6 +15,8 @@ class Region {
     // rectangle.
     void setFlag(bool on);
     bool flag() const { return flag_; }
+    // Whether a rectangle was drawn or written, not just the flag set.
+    bool hasRectangle() const { return rect_.has_value(); }
 
     // With no rectangle yet, the other sides are those of the picture.
     void setLeft(int value, imaging::Size picture) { edited(picture).x = value; }
