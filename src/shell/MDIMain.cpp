@@ -71,7 +71,7 @@ MDIMain::MDIMain(engine::Engine& engine, dialogs::Asking& asking, dialogs::frmPr
 
 // The documents go first: they hold on to the menus and rules.
 MDIMain::~MDIMain() {
-    delete centralWidget();
+    windows_.reset();
 }
 
 void MDIMain::buildBars() {

@@ -1,11 +1,12 @@
 #include "shell/document_windows.h"
 
-#include <QEvent>
+#include <QCloseEvent>
 #include <QMdiArea>
 #include <QMdiSubWindow>
 #include <QMenu>
 #include <QPainter>
 #include <algorithm>
+#include <functional>
 
 #include "dialogs/look.h"
 #include "document/frmMain.h"
@@ -48,6 +49,23 @@ class WorkArea : public QMdiArea {
     }
 };
 
+// Tells when it was closed, be it by its own button or by a command. It then still exists for a
+// moment, but its document is no one's active one any more.
+class DocumentWindow : public QMdiSubWindow {
+  public:
+    DocumentWindow(QWidget* parent, std::function<void()> closed)
+        : QMdiSubWindow(parent), closed_(std::move(closed)) {}
+
+  protected:
+    void closeEvent(QCloseEvent* event) override {
+        QMdiSubWindow::closeEvent(event);
+        if (event->isAccepted()) closed_();
+    }
+
+  private:
+    std::function<void()> closed_;
+};
+
 // The window's own menu claims the key of the frame's Close command, and two claims cancel each
 // other out.
 void leaveKeysToTheMenu(QMdiSubWindow& window) {
@@ -75,6 +93,17 @@ DocumentWindows::DocumentWindows(QWidget& frame) : frame_(frame), area_(new Work
     connect(area_, &QMdiArea::subWindowActivated, this, &DocumentWindows::windowActivated);
 }
 
+// The windows report to this object while they go, those too that are closed and wait for their
+// deletion, so they go before it does.
+DocumentWindows::~DocumentWindows() {
+    blockSignals(true);
+    area_->disconnect(this);
+    area_->viewport()->removeEventFilter(this);
+    for (QMdiSubWindow* window : area_->findChildren<QMdiSubWindow*>())
+        window->removeEventFilter(this);
+    delete area_;
+}
+
 bool DocumentWindows::eventFilter(QObject* watched, QEvent* event) {
     if (watched == area_->viewport()) {
         if (event->type() == QEvent::MouseButtonDblClick) emit emptyAreaDoubleClicked();
@@ -82,16 +111,15 @@ bool DocumentWindows::eventFilter(QObject* watched, QEvent* event) {
     }
     // A document window: its title stands in the window list.
     if (event->type() == QEvent::WindowTitleChange) emit listChanged();
-    // Closed by its own button. It still exists for a moment, but is no one's active document.
-    if (event->type() == QEvent::HideToParent) {
-        std::erase(recent_, static_cast<QMdiSubWindow*>(watched)->widget());
-        emit listChanged();
-    }
     return false;
 }
 
 void DocumentWindows::adopt(frmMain* document) {
-    auto* window = new QMdiSubWindow(area_);
+    auto* window = new DocumentWindow(area_, [this, document] {
+        forget(document);
+        document->deleteLater();
+        area_->viewport()->update();
+    });
     window->setAttribute(Qt::WA_DeleteOnClose);
     window->setWidget(document);
     leaveKeysToTheMenu(*window);
@@ -99,10 +127,9 @@ void DocumentWindows::adopt(frmMain* document) {
     window->hide();
     window->installEventFilter(this);
     // A document that goes by another way than its close button takes its window with it.
-    connect(document, &QObject::destroyed, window, [this, window] {
-        std::erase_if(recent_, [](const auto& entry) { return entry.isNull(); });
+    connect(document, &QObject::destroyed, window, [this, window, document] {
+        forget(document);
         window->deleteLater();
-        emit listChanged();
     });
 }
 
@@ -114,7 +141,7 @@ void DocumentWindows::present(frmMain* document) {
     QMdiSubWindow* window = windowOf(document);
     if (!window) return;
     const QSize room = area_->viewport()->size();
-    const int step = presented_++ % cascadeLength * cascadeStep;
+    const int step = placed_++ % cascadeLength * cascadeStep;
     const QSize wanted = window->sizeHint().expandedTo(smallest).boundedTo(room);
     // Shifted only as far as it still lies within the frame.
     const QPoint place(std::min(step, room.width() - wanted.width()),
@@ -122,6 +149,7 @@ void DocumentWindows::present(frmMain* document) {
     document->show();
     window->show();
     window->setGeometry(QRect(place, wanted));
+    presented_.push_back(document);
     takeFirstPlace(document);
     area_->setActiveSubWindow(window);
     area_->viewport()->update();
@@ -137,25 +165,18 @@ void DocumentWindows::activate(frmMain* document) {
 
 void DocumentWindows::close(frmMain* document) {
     QMdiSubWindow* window = windowOf(document);
-    if (!window || !window->close()) return;
-    std::erase(recent_, document);
-    document->deleteLater();
-    area_->viewport()->update();
-    emit listChanged();
+    if (window) window->close();
 }
 
 frmMain* DocumentWindows::ActiveForm() const {
-    for (const auto& document : recent_)
-        if (document) return document;
-    return nullptr;
+    return recent_.empty() ? nullptr : recent_.front();
 }
 
+// Asked also while a window is on its way out: its document is no longer listed by then.
 std::vector<frmMain*> DocumentWindows::shown() const {
     std::vector<frmMain*> documents;
-    for (QMdiSubWindow* window : area_->subWindowList(QMdiArea::CreationOrder))
-        if (auto* document = qobject_cast<frmMain*>(window->widget());
-            document && !window->isHidden())
-            documents.push_back(document);
+    for (frmMain* document : presented_)
+        if (windowOf(document) && !windowOf(document)->isHidden()) documents.push_back(document);
     return documents;
 }
 
@@ -164,14 +185,22 @@ std::vector<frmMain*> DocumentWindows::shown() const {
 void DocumentWindows::windowActivated(QMdiSubWindow* window) {
     auto* document = window ? qobject_cast<frmMain*>(window->widget()) : nullptr;
     if (!document || window->isHidden()) return;
-    const bool changed = ActiveForm() != document;
+    const bool changed = announced_ != document;
+    announced_ = document;
     takeFirstPlace(document);
     emit listChanged();
     if (changed) emit activated(document);
 }
 
+void DocumentWindows::forget(const frmMain* document) {
+    std::erase(recent_, document);
+    std::erase(presented_, document);
+    if (announced_ == document) announced_ = nullptr;
+    emit listChanged();
+}
+
 void DocumentWindows::takeFirstPlace(frmMain* document) {
-    std::erase_if(recent_, [&](const auto& entry) { return !entry || entry == document; });
+    std::erase(recent_, document);
     recent_.insert(recent_.begin(), document);
 }
 
@@ -195,7 +224,7 @@ void DocumentWindows::cascade() {
     const QSize room = area_->viewport()->size();
     int place = 0;
     for (auto entry = recent_.rbegin(); entry != recent_.rend(); ++entry) {
-        QMdiSubWindow* window = *entry ? windowOf(*entry) : nullptr;
+        QMdiSubWindow* window = windowOf(*entry);
         if (!window || window->isHidden() || window->isMinimized()) continue;
         const int step = place++ % cascadeLength * cascadeStep;
         window->showNormal();

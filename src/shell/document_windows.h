@@ -3,13 +3,13 @@
 #pragma once
 
 #include <QObject>
-#include <QPointer>
 #include <vector>
 
 #include "document/roles.h"
 
 class QMdiArea;
 class QMdiSubWindow;
+class QWidget;
 
 namespace kvn::shell {
 
@@ -21,6 +21,7 @@ class DocumentWindows : public QObject, public document::DocumentHost {
 
     // `frame` owns modal windows and the area.
     explicit DocumentWindows(QWidget& frame);
+    ~DocumentWindows() override;
 
     void adopt(document::frmMain* document) override;
     void present(document::frmMain* document) override;
@@ -47,14 +48,18 @@ class DocumentWindows : public QObject, public document::DocumentHost {
     QMdiSubWindow* windowOf(document::frmMain* document) const;
     void windowActivated(QMdiSubWindow* window);
     void takeFirstPlace(document::frmMain* document);
+    // Takes a document off the lists. Its pointer is looked for and not followed.
+    void forget(const document::frmMain* document);
     void cascade();
     void tile(bool columns);
 
     QWidget& frame_;
     QMdiArea* area_;
     // Shown documents, the last active one in front.
-    std::vector<QPointer<document::frmMain>> recent_;
-    int presented_ = 0;
+    std::vector<document::frmMain*> recent_;
+    std::vector<document::frmMain*> presented_; // in the order of their opening
+    document::frmMain* announced_ = nullptr;    // by the last activated()
+    int placed_ = 0;
 };
 
 } // namespace kvn::shell

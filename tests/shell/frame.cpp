@@ -180,6 +180,9 @@ void FrameTest::imageMenusFollowTheActiveDocument() {
     pullDown(frame, "mnumImages");
     QVERIFY(frame.user.messages.empty());
     second->Saved = true;
+    frame.choose("mnuClose"); // the next document becomes the active one
+    QCOMPARE(frame.windows().ActiveForm(), first);
+    QVERIFY(frame.menus().isEnabled(QStringLiteral("mnumFilters"), -1));
 }
 
 void FrameTest::closingAsksAllBeforeItClosesAny() {
@@ -426,6 +429,14 @@ void FrameTest::windowsListTileAndClose() {
     QCOMPARE(frameOf(frame.windows().shown()[1]).topLeft(), QPoint(0, 0));
     for (frmMain* form : frame.windows().shown())
         QVERIFY(room.contains(frameOf(form)));
+
+    // Neither of these takes a window off the list.
+    auto* window = static_cast<QMdiSubWindow*>(frame.windows().ActiveForm()->parentWidget());
+    for (const auto show :
+         {&QWidget::showMaximized, &QWidget::showMinimized, &QWidget::showNormal}) {
+        (window->*show)();
+        QCOMPARE(frame.windows().shown().size(), std::size_t(3));
+    }
 
     // Closed by its own button, the document is gone for everyone at once.
     QPointer<frmMain> closing = frame.windows().ActiveForm();
