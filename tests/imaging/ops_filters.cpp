@@ -2,7 +2,9 @@
 // for every instruction set of this machine.
 #include <QtTest>
 #include <numeric>
+#include <tuple>
 
+#include "basic/error.h"
 #include "imaging/support/filter_reference.h"
 #include "reference/instruction_sets.h"
 #include "reference/pictures.h"
@@ -69,6 +71,12 @@ class FiltersTest : public QObject {
     void medianIsExact();
     void extremesAreExact();
     void meansFollowTheirDefinitions();
+    void detailIsWhatTheBlurLacks();
+    void tablesLieAsTheyAreRead();
+    void matrixWorksAgainstThePicture();
+    void edgesAreGradients();
+    void despeckleSparesLines();
+    void vibrationSwings();
     void neutralArgumentsChangeNothing();
     void flatStaysFlat();
 };
@@ -265,6 +273,143 @@ void FiltersTest::meansFollowTheirDefinitions() {
     onEveryInstructionSet([&] { check(opaque, opaque); });
 }
 
+void FiltersTest::detailIsWhatTheBlurLacks() {
+    const std::vector<double> weights = bell(1.2);
+    const int radius = static_cast<int>(weights.size()) / 2;
+    onEveryPicture([&](const Raster& picture, const Raster& seen) {
+        const Raster sharp = runOne("Effects.UnsharpMask", picture, {whole(20), 2.0, 1.2});
+        const Raster detail = runOne("Effects.HighPass", picture, {1.2});
+        const auto difference = [&](int x, int y, int c) {
+            const double mean = visibleMean(windowAt(seen, x, y, c, radius, weights), true);
+            return channelAt(seen, x, y, c) - mean;
+        };
+        const auto hidden = [&](int x, int y) { // too little is visible around to tell the colour
+            return visibleMean(windowAt(seen, x, y, 3, radius, weights), false) < 5;
+        };
+        QCOMPARE_LE(largestDifference(sharp,
+                                      [&](int x, int y, int c) {
+                                          const double own = channelAt(seen, x, y, c);
+                                          if (c == 3) return own;
+                                          const double d = difference(x, y, c);
+                                          if (hidden(x, y) || std::abs(std::abs(d) - 20) < 0.2)
+                                              return -1.0;
+                                          return clamped(std::abs(d) > 20 ? own + 2 * d : own);
+                                      }),
+                    0.9);
+        QCOMPARE_LE(largestDifference(detail,
+                                      [&](int x, int y, int c) {
+                                          if (c == 3) return double(channelAt(seen, x, y, c));
+                                          if (hidden(x, y)) return -1.0;
+                                          return clamped(128 + difference(x, y, c));
+                                      }),
+                    0.7);
+    });
+}
+
+namespace {
+
+double correlated(const Raster& seen, const Matrix& matrix, int x, int y, int c) {
+    double sum = 0;
+    for (int j = 0; j < matrix.rows; ++j)
+        for (int i = 0; i < 3; ++i)
+            sum += matrix.at(j, i) * channelAt(seen, x + i - 1, y + j - matrix.rows / 2, c);
+    return sum;
+}
+
+} // namespace
+
+void FiltersTest::tablesLieAsTheyAreRead() {
+    const Matrix smooth{3, 3, {0, 1, 2, 3, 4, 5, 6, 7, 8}},
+        high{5, 3, {1, 0, 0, 0, 0, 0, 0, 2, 0, 0, 0, 0, 0, 0, 3}};
+    const Matrix flat{2, 3, {1, 0, 0, 0, 0, 2}}, relief{3, 3, {3, 2, 1, 2, 0, -2, 1, -2, -5}};
+    const auto check = [&](const Raster& picture, const Raster& seen) {
+        for (const auto& [matrix, divisor, bias] :
+             {std::tuple{smooth, 36.0, 0}, {high, -3.0, 300}, {flat, 3.0, -20}, {relief, 4.0, 9}}) {
+            const Raster result =
+                runOne("Effects.ApplyFilter", picture, {matrix, divisor, whole(bias)});
+            const auto expected = [&](int x, int y, int c) {
+                const double own = channelAt(seen, x, y, c);
+                const double sum = correlated(seen, matrix, x, y, c) / divisor + bias;
+                return c == 3 ? own : clamped(matrix == relief ? own + sum : sum);
+            };
+            QCOMPARE_LE(largestDifference(result, expected), 0.51);
+        }
+    };
+    onEveryPicture(check);
+    const Raster picture = noise(ImageType::Rgb24, {63, 11});
+    onEveryInstructionSet([&] { check(picture, picture); });
+    Task task;
+    const Matrix wide{1, 5, {1, 1, 1, 1, 1}};
+    for (const char* name : {"Effects.ApplyFilter", "Effects.ApplyMatrix"})
+        QVERIFY_EXCEPTION_THROWN(
+            runOperation(*findOperation(name), picture, {wide, 1.0, whole(0), true, true}, task),
+            kvn::RuntimeError);
+}
+
+void FiltersTest::matrixWorksAgainstThePicture() {
+    const Matrix matrix{3, 3, {0, 0, 1, -1, -2, -1, 0, 0, 1}};
+    onEveryPicture([&](const Raster& picture, const Raster& seen) {
+        for (const bool difference : {false, true})
+            for (const bool opposed : {false, true}) {
+                const Raster result = runOne("Effects.ApplyMatrix", picture,
+                                             {matrix, -7.0, whole(5), difference, opposed});
+                const auto expected = [&](int x, int y, int c) {
+                    const double own = channelAt(seen, x, y, c);
+                    if (c == 3) return own;
+                    const double m = correlated(seen, matrix, x, y, c) / -7 + 5;
+                    const bool turned = opposed && c == 1;
+                    if (difference) return clamped(turned ? own + m : own - m);
+                    return clamped(turned ? 255 - m : m);
+                };
+                QCOMPARE_LE(largestDifference(result, expected), 0.51);
+            }
+    });
+}
+
+void FiltersTest::edgesAreGradients() {
+    const Matrix across{3, 3, {-1, 0, 1, -2, 0, 2, -1, 0, 1}},
+        down{3, 3, {-1, -2, -1, 0, 0, 0, 1, 2, 1}};
+    onEveryPicture([&](const Raster& picture, const Raster& seen) {
+        const Raster result = runOne("Effects.EdgeDetection", picture, {whole(30)});
+        const auto expected = [&](int x, int y, int c) {
+            if (c == 3) return double(channelAt(seen, x, y, 3));
+            return clamped(0.3 * std::hypot(correlated(seen, across, x, y, c),
+                                            correlated(seen, down, x, y, c)));
+        };
+        QCOMPARE_LE(largestDifference(result, expected), 0.51);
+    });
+}
+
+void FiltersTest::despeckleSparesLines() {
+    const Rgba back{90, 120, 200}, mark{250, 10, 60};
+    Raster clean = Raster::filled(ImageType::Rgb24, 40, 30, back);
+    for (int y = 3; y < 27; ++y) {
+        clean.setPixel(5, y, mark);     // a line down
+        clean.setPixel(8 + y, y, mark); // a slanting one
+    }
+    Raster dirty = clean;
+    for (const Point speck : {Point{12, 25}, Point{2, 10}, Point{3, 10}, Point{22, 4}})
+        dirty.setPixel(speck.x, speck.y, {0, 255, 90});
+    Raster result = runOne("Effects.Despeckle", dirty, {});
+    for (const Point end : {Point{5, 3}, Point{5, 26}, Point{11, 3}, Point{34, 26}})
+        result.setPixel(end.x, end.y, mark); // the ends of lines have one neighbour only
+    QVERIFY(result.samePixels(clean));
+}
+
+void FiltersTest::vibrationSwings() {
+    Raster dot = Raster::filled(ImageType::Gray8, 60, 9, {0, 0, 0, 255});
+    for (int y = 0; y < 9; ++y)
+        dot.setPixel(30, y, {255, 255, 255, 255});
+    const Raster result = runOne("Effects.Vibration", dot, {whole(32)});
+    int sum = 0;
+    for (int x = 0; x < 60; ++x)
+        sum += result.pixel(x, 4).r;
+    QVERIFY(std::abs(sum - 255) <= 9);
+    QCOMPARE(result.pixel(22, 4), result.pixel(38, 4));
+    QVERIFY(result.pixel(22, 4).r > 2 * result.pixel(30, 4).r); // it lingers at the ends
+    QCOMPARE(int{result.pixel(21, 4).r}, 0);
+}
+
 void FiltersTest::neutralArgumentsChangeNothing() {
     const std::pair<const char*, std::vector<Value>> neutral[] = {
         {"Effects.Blur", {whole(0), whole(7), false}},
@@ -273,6 +418,10 @@ void FiltersTest::neutralArgumentsChangeNothing() {
         {"Effects.Soften", {whole(0)}},
         {"Effects.Sharpen", {whole(0), whole(3), true}},
         {"Effects.MedianCut", {whole(1), false}},
+        {"Effects.UnsharpMask", {whole(0), 0.0, 5.0}},
+        {"Effects.UnsharpMask", {whole(0), 5.0, 0.0}},
+        {"Effects.EdgeDetection", {whole(0)}},
+        {"Effects.Vibration", {whole(0)}},
         {"Effects.Minimum", {whole(1), false}},
         {"Effects.ArithmeticMean", {whole(1), false}},
         {"Effects.GeometricMean", {whole(1), true}},
@@ -291,6 +440,9 @@ void FiltersTest::flatStaysFlat() {
         {"Effects.Soften", {whole(100)}},
         {"Effects.Sharpen", {whole(100), whole(3), true}},
         {"Effects.MedianCut", {whole(21), false}},
+        {"Effects.UnsharpMask", {whole(0), 29.0, 1.5}},
+        {"Effects.Despeckle", {}},
+        {"Effects.Vibration", {whole(100)}},
         {"Effects.GeometricMean", {whole(5), false}},
         {"Effects.HarmonicMean", {whole(101), false}},
         {"Effects.YpMean", {whole(7), true, false}},

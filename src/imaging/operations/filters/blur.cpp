@@ -1,6 +1,8 @@
 #include "imaging/operations/filters/blur.h"
 
 #include <algorithm>
+#include <cmath>
+#include <numbers>
 
 #include "imaging/operations/filters/box_blend.h"
 #include "imaging/operations/filters/box_sums.h"
@@ -38,16 +40,19 @@ Raster throughRows(const Raster& picture, Task& task, const Fill& fill) {
     return result;
 }
 
+void finishRow(const ConstView& from, const View& to, bool weighted, int y, const float* row) {
+    if (weighted)
+        unmultiplyRow(row, from.row(y), to.row(y), from.width, bytesPerPixel(from.type));
+    else
+        roundLevels(row, to.row(y), rowBytes(from.type, from.width));
+}
+
 Raster gaussianBlur(const Raster& picture, const Arguments& arguments, Task& task) {
     const double sigma = std::clamp(arguments.integer(0), 0, 2500) / 25.0;
     if (sigma == 0) return picture;
     return throughRows(picture, task, [&](const ConstView& from, const View& to, bool weighted) {
-        gaussRows(from, sigma, weighted, task, [&](int y, const float* row) {
-            if (weighted)
-                unmultiplyRow(row, from.row(y), to.row(y), from.width, bytesPerPixel(from.type));
-            else
-                roundLevels(row, to.row(y), rowBytes(from.type, from.width));
-        });
+        gaussRows(from, sigma, weighted, task,
+                  [&](int y, const float* row) { finishRow(from, to, weighted, y, row); });
     });
 }
 
@@ -72,14 +77,36 @@ Raster soften(const Raster& picture, const Arguments& arguments, Task& task) {
     return throughRows(picture, task, [&](const ConstView& from, const View& to, bool weighted) {
         const int channels = bytesPerPixel(from.type);
         const std::size_t samples = rowBytes(from.type, from.width);
-        windowRows(from, {1.0f / 16, 4.0f / 16, 6.0f / 16, 4.0f / 16, 1.0f / 16}, weighted, task,
-                   [&](int y, const float* mean) {
-                       if (!weighted)
-                           return addDetail(from.row(y), mean, -share, 0, to.row(y), samples);
-                       std::vector<float> mixed(samples);
-                       mixVisible(from.row(y), mean, share, mixed.data(), from.width, channels);
-                       unmultiplyRow(mixed.data(), from.row(y), to.row(y), from.width, channels);
-                   });
+        const std::vector<float> weights{1.0f / 16, 4.0f / 16, 6.0f / 16, 4.0f / 16, 1.0f / 16};
+        windowRows(from, weights, weights, weighted, task, [&](int y, const float* mean) {
+            if (!weighted) return addDetail(from.row(y), mean, -share, 0, to.row(y), samples);
+            std::vector<float> mixed(samples);
+            mixVisible(from.row(y), mean, share, mixed.data(), from.width, channels);
+            unmultiplyRow(mixed.data(), from.row(y), to.row(y), from.width, channels);
+        });
+    });
+}
+
+constexpr Argument vibrationArguments[] = {
+    {"amount", ArgumentKind::Integer, 0, 100, "%", "4 is a swing of one pixel; clamped"},
+};
+
+// The share of the exposure that a swing of sin t spends at each pixel from -reach to reach.
+std::vector<float> swingWeights(int reach) {
+    const double end = reach + 0.5;
+    std::vector<float> weights;
+    for (int i = -reach; i <= reach; ++i)
+        weights.push_back(static_cast<float>(
+            (std::asin((i + 0.5) / end) - std::asin((i - 0.5) / end)) / std::numbers::pi));
+    return weights;
+}
+
+Raster vibration(const Raster& picture, const Arguments& arguments, Task& task) {
+    const int reach = (std::clamp(arguments.integer(0), 0, 100) + 3) / 4;
+    if (reach == 0) return picture;
+    return throughRows(picture, task, [&](const ConstView& from, const View& to, bool weighted) {
+        windowRows(from, {1.0f}, swingWeights(reach), weighted, task,
+                   [&](int y, const float* row) { finishRow(from, to, weighted, y, row); });
     });
 }
 
@@ -132,6 +159,15 @@ const Operation sharpenOperation = {
     .border = -1,
     .alpha = AlphaRule::ColorOnly,
     .note = "Moves every pixel away from the mean of the square window around it.",
+};
+
+const Operation vibrationOperation = {
+    .name = "Effects.Vibration",
+    .undoName = "Vibration",
+    .arguments = vibrationArguments,
+    .run = vibration,
+    .border = 25,
+    .note = "The picture as a shaking camera takes it, swinging sideways.",
 };
 
 } // namespace kvn::imaging

@@ -26,4 +26,8 @@ extern const Operation softenOperation;
 // 1 change nothing.
 extern const Operation sharpenOperation;
 
+// Effects.Vibration(amount 0..100 %): an exposure during which the picture swings sideways like
+// sin t, by amount / 4 pixels rounded up. As the swing lingers at its ends, outlines double.
+extern const Operation vibrationOperation;
+
 } // namespace kvn::imaging

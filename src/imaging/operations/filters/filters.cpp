@@ -1,6 +1,8 @@
 // The list of the filters family.
 #include "imaging/operations/families.h"
 #include "imaging/operations/filters/blur.h"
+#include "imaging/operations/filters/convolve.h"
+#include "imaging/operations/filters/detail.h"
 #include "imaging/operations/filters/means.h"
 #include "imaging/operations/filters/rank.h"
 
@@ -8,10 +10,12 @@ namespace kvn::imaging {
 
 std::span<const Operation* const> filterOperations() {
     static constexpr const Operation* list[] = {
-        &arithmeticMeanOperation, &blurOperation,         &gaussianBlurOperation,
-        &geometricMeanOperation,  &harmonicMeanOperation, &maximumOperation,
-        &medianCutOperation,      &minimumOperation,      &sharpenOperation,
-        &softenOperation,         &ypMeanOperation,
+        &applyFilterOperation,  &applyMatrixOperation,   &arithmeticMeanOperation,
+        &blurOperation,         &despeckleOperation,     &edgeDetectionOperation,
+        &gaussianBlurOperation, &geometricMeanOperation, &harmonicMeanOperation,
+        &highPassOperation,     &maximumOperation,       &medianCutOperation,
+        &minimumOperation,      &sharpenOperation,       &softenOperation,
+        &unsharpMaskOperation,  &vibrationOperation,     &ypMeanOperation,
     };
     return list;
 }

@@ -265,18 +265,18 @@ class CoarseBlur {
 
 } // namespace
 
-void windowRows(const ConstView& view, const std::vector<float>& weights, bool weighted, Task& task,
+void windowRows(const ConstView& view, const Row& down, const Row& along, bool weighted, Task& task,
                 const BlurredRow& finish) {
-    const int taps = static_cast<int>(weights.size()), radius = taps / 2;
+    const int taps = static_cast<int>(along.size()), radius = taps / 2;
     const int channels = bytesPerPixel(view.type);
     const std::size_t samples = rowBytes(view.type, view.width);
     parallelRows(view.height, task, [&](int y0, int y1) {
-        RowSums rows(view, weights, weighted);
+        RowSums rows(view, down, weighted);
         Row padded(sizeOf(view.width + 2 * radius) * sizeOf(channels)), blurred(samples);
         for (int y = y0; y < y1; ++y) {
             rows.sum(y, padded.data() + radius * channels);
             repeatEnds(padded.data(), radius, view.width, radius, channels);
-            sumEntries(padded.data(), weights.data(), taps, channels, blurred.data(), samples);
+            sumEntries(padded.data(), along.data(), taps, channels, blurred.data(), samples);
             finish(y, blurred.data());
         }
     });
@@ -284,7 +284,10 @@ void windowRows(const ConstView& view, const std::vector<float>& weights, bool w
 
 void gaussRows(const ConstView& view, double sigma, bool weighted, Task& task,
                const BlurredRow& finish) {
-    if (sigma < directLimit) return windowRows(view, gaussWeights(sigma), weighted, task, finish);
+    if (sigma < directLimit) {
+        const Row weights = gaussWeights(sigma);
+        return windowRows(view, weights, weights, weighted, task, finish);
+    }
     CoarseBlur blur(view, sigma, weighted);
     {
         const Task::Stage stage(task, 0, 0.4);

@@ -24,9 +24,10 @@ using BlurredRow = std::function<void(int y, const float* row)>;
 void gaussRows(const ConstView& view, double sigma, bool weighted, Task& task,
                const BlurredRow& finish);
 
-// The same with a window of one's own: an odd number of symmetric weights with sum 1, used both
-// ways.
-void windowRows(const ConstView& view, const std::vector<float>& weights, bool weighted, Task& task,
+// The same with a window of one's own: an odd number of symmetric weights with sum 1 downwards,
+// and along the rows.
+void windowRows(const ConstView& view, const std::vector<float>& down,
+                const std::vector<float>& along, bool weighted, Task& task,
                 const BlurredRow& finish);
 
 // A row of colours multiplied by alpha / 255 made straight and rounded; where nothing is visible

@@ -129,6 +129,16 @@ void rounded(const float* HWY_RESTRICT in, std::uint8_t* HWY_RESTRICT out, std::
         out[i] = level(in[i]);
 }
 
+void biased(const float* HWY_RESTRICT in, float bias, std::uint8_t* HWY_RESTRICT out,
+            std::size_t count) {
+    // Sums of large coefficients may leave the range of whole numbers.
+    for (std::size_t i = 0; i < count; ++i) {
+        float value = in[i] + bias;
+        value = value < 0.0f ? 0.0f : value;
+        out[i] = level(value > 255.0f ? 255.0f : value);
+    }
+}
+
 void detailAdded(const std::uint8_t* HWY_RESTRICT pixels, const float* HWY_RESTRICT blurred,
                  float gain, float threshold, std::uint8_t* HWY_RESTRICT out, std::size_t count) {
     for (std::size_t i = 0; i < count; ++i) {
@@ -159,6 +169,7 @@ HWY_EXPORT(entries);
 HWY_EXPORT(coarse);
 HWY_EXPORT(fine);
 HWY_EXPORT(rounded);
+HWY_EXPORT(biased);
 HWY_EXPORT(detailAdded);
 HWY_EXPORT(detailKept);
 
@@ -187,6 +198,9 @@ void toFine(const float* in, const float* weights, int factor, int channels, flo
 }
 void roundLevels(const float* in, std::uint8_t* out, std::size_t count) {
     HWY_DYNAMIC_DISPATCH(rounded)(in, out, count);
+}
+void addBias(const float* in, float bias, std::uint8_t* out, std::size_t count) {
+    HWY_DYNAMIC_DISPATCH(biased)(in, bias, out, count);
 }
 void addDetail(const std::uint8_t* pixels, const float* blurred, float gain, float threshold,
                std::uint8_t* out, std::size_t count) {

@@ -35,6 +35,8 @@ void roundLevels(const float* in, std::uint8_t* out, std::size_t count);
 // `threshold`, else pixels[i]; rounded and clamped.
 void addDetail(const std::uint8_t* pixels, const float* blurred, float gain, float threshold,
                std::uint8_t* out, std::size_t count);
+// out[i] = in[i] + bias, rounded and clamped.
+void addBias(const float* in, float bias, std::uint8_t* out, std::size_t count);
 // out[i] = base + pixels[i] - blurred[i], rounded and clamped.
 void detailAround(float base, const std::uint8_t* pixels, const float* blurred, std::uint8_t* out,
                   std::size_t count);

@@ -3,10 +3,10 @@
 #include <opencv2/imgproc.hpp>
 
 #include "imaging/operations/filters/box_sums.h"
-#include "imaging/operations/filters/padded_rows.h"
+#include "imaging/operations/filters/convolve_kernels.h"
 #include "imaging/operations/filters/rank_kernels.h"
+#include "imaging/operations/filters/window_rows.h"
 #include "imaging/operations/support/bands.h"
-#include "imaging/operations/support/color_maps.h"
 
 namespace kvn::imaging {
 namespace {
@@ -19,31 +19,8 @@ constexpr Argument rankArguments[] = {
     {"ignore alpha", ArgumentKind::Boolean, 0, 0, "", "alpha stays"},
 };
 
-void copyAlpha(const std::uint8_t* pixels, std::uint8_t* out, int width, int channels) {
-    for (int i = channels - 1; i < width * channels; i += channels)
-        out[i] = pixels[i];
-}
-
-// `row(rows, out)` makes one row from the padded rows around it.
-template <class Row>
-Raster throughWindow(const Raster& picture, int size, bool keepAlpha, Task& task, const Row& row) {
-    const Raster source = promoted(picture, task);
-    Raster result = Raster::uninitialized(source.type(), source.width(), source.height());
-    const ConstView from = source.view();
-    const View to = result.edit();
-    const int radius = size / 2, channels = bytesPerPixel(from.type);
-    parallelRows(
-        from.height, task,
-        [&](int y0, int y1) {
-            PaddedRows rows(from, radius, radius, radius);
-            std::vector<std::uint8_t> scratch(rowBytes(from.type, from.width + size));
-            for (int y = y0; y < y1; ++y) {
-                row(rows.around(y), scratch.data(), to.row(y), from);
-                if (keepAlpha) copyAlpha(from.row(y), to.row(y), from.width, channels);
-            }
-        },
-        std::max(16, size));
-    return result;
+WindowSize windowOf(int size) {
+    return {size / 2, size / 2, size / 2};
 }
 
 // Two channels are no case of the library's.
@@ -67,25 +44,26 @@ Raster medianCut(const Raster& source, const Arguments& arguments, Task& task) {
         return filterBands(
             source, size / 2, keepAlpha ? AlphaRule::ColorOnly : AlphaRule::EveryChannel, task,
             wholeBand([size](const cv::Mat& in, cv::Mat& out) { medianBySliding(in, out, size); }));
-    return throughWindow(source, size, keepAlpha, task,
-                         [size](const std::uint8_t* const* rows, std::uint8_t*, std::uint8_t* out,
-                                const ConstView& view) {
-                             medianOfWindow(rows, size, bytesPerPixel(view.type), out,
-                                            rowBytes(view.type, view.width));
-                         });
+    return throughWindow(
+        source, windowOf(size), keepAlpha, task,
+        [size](const std::uint8_t* const* rows, std::uint8_t* out, const ConstView& view) {
+            medianOfWindow(rows, size, bytesPerPixel(view.type), out,
+                           rowBytes(view.type, view.width));
+        });
 }
 
 Raster extreme(Extreme which, const Raster& source, const Arguments& arguments, Task& task) {
     const int size = oddSize(arguments.integer(0), largestSize);
     if (size == 1) return source;
-    return throughWindow(source, size, arguments.boolean(1) && hasAlpha(source.type()), task,
-                         [=](const std::uint8_t* const* rows, std::uint8_t* scratch,
-                             std::uint8_t* out, const ConstView& view) {
-                             extremeOfRows(which, rows, size, scratch,
-                                           rowBytes(view.type, view.width + size - 1));
-                             extremeAlong(which, scratch, out, rowBytes(view.type, view.width),
-                                          size, bytesPerPixel(view.type));
-                         });
+    return throughWindow(
+        source, windowOf(size), arguments.boolean(1), task,
+        [=, scratch = std::vector<std::uint8_t>()](
+            const std::uint8_t* const* rows, std::uint8_t* out, const ConstView& view) mutable {
+            scratch.resize(rowBytes(view.type, view.width + size - 1));
+            extremeOfRows(which, rows, size, scratch.data(), scratch.size());
+            extremeAlong(which, scratch.data(), out, rowBytes(view.type, view.width), size,
+                         bytesPerPixel(view.type));
+        });
 }
 
 Raster minimum(const Raster& source, const Arguments& arguments, Task& task) {
@@ -96,7 +74,24 @@ Raster maximum(const Raster& source, const Arguments& arguments, Task& task) {
     return extreme(Extreme::Greatest, source, arguments, task);
 }
 
+Raster despeckle(const Raster& source, const Arguments&, Task& task) {
+    return throughWindow(
+        source, windowOf(3), true, task,
+        [](const std::uint8_t* const* rows, std::uint8_t* out, const ConstView& view) {
+            limitByNeighbours(rows, bytesPerPixel(view.type), out, rowBytes(view.type, view.width));
+        });
+}
+
 } // namespace
+
+const Operation despeckleOperation = {
+    .name = "Effects.Despeckle",
+    .undoName = "Despeckle",
+    .run = despeckle,
+    .border = 1,
+    .alpha = AlphaRule::ColorOnly,
+    .note = "Removes specks of one or two pixels and leaves lines and edges.",
+};
 
 const Operation medianCutOperation = {
     .name = "Effects.MedianCut",

@@ -17,4 +17,9 @@ extern const Operation medianCutOperation;
 extern const Operation minimumOperation;
 extern const Operation maximumOperation;
 
+// Effects.Despeckle(): a value stays if at least two of its eight neighbours go as far, else it is
+// brought to the second least or second greatest of them. Specks of one or two pixels go, while
+// lines and corners, which have company, stay. Alpha stays.
+extern const Operation despeckleOperation;
+
 } // namespace kvn::imaging
