@@ -77,6 +77,9 @@ class FiltersTest : public QObject {
     void edgesAreGradients();
     void despeckleSparesLines();
     void vibrationSwings();
+    void morphologyTakesTheKernel();
+    void embossLightsTheGround();
+    void cannyOutlinesAreThinAndConnected();
     void neutralArgumentsChangeNothing();
     void flatStaysFlat();
 };
@@ -410,6 +413,113 @@ void FiltersTest::vibrationSwings() {
     QCOMPARE(int{result.pixel(21, 4).r}, 0);
 }
 
+void FiltersTest::morphologyTakesTheKernel() {
+    // Lopsided, so that a dilation whose kernel is not turned shows.
+    const Matrix kernel{3, 3, {0, 1, 1, 0, 2, 0, 0, 0, 7}};
+    const Point offsets[] = {{0, -1}, {1, -1}, {0, 0}, {1, 1}};
+    const auto extreme = [&](const Raster& seen, int x, int y, int c, int sign) {
+        int result = channelAt(seen, x, y, c);
+        for (const Point& p : offsets) {
+            const int v = channelAt(seen, x - sign * p.x, y - sign * p.y, c);
+            result = sign > 0 ? std::max(result, v) : std::min(result, v);
+        }
+        return result;
+    };
+    onEveryPicture([&](const Raster& picture, const Raster& seen) {
+        std::vector<Raster> results;
+        for (int operation = 0; operation < 5; ++operation)
+            results.push_back(runOne("Effects.Morphology", picture, {kernel, whole(operation)}));
+        const auto check = [&](int operation, auto expected) {
+            QCOMPARE(largestDifference(results[static_cast<std::size_t>(operation)],
+                                       [&](int x, int y, int c) {
+                                           return c == 3 ? double(channelAt(seen, x, y, 3))
+                                                         : double(expected(x, y, c));
+                                       }),
+                     0.0);
+        };
+        check(0, [&](int x, int y, int c) { return extreme(seen, x, y, c, 1); });
+        check(1, [&](int x, int y, int c) { return extreme(seen, x, y, c, -1); });
+        check(2, [&](int x, int y, int c) { return extreme(results[1], x, y, c, 1); });
+        check(3, [&](int x, int y, int c) { return extreme(results[0], x, y, c, -1); });
+        check(4, [&](int x, int y, int c) {
+            return channelAt(seen, x, y, c) - channelAt(results[2], x, y, c);
+        });
+    });
+}
+
+void FiltersTest::embossLightsTheGround() {
+    const auto check = [](const Raster& picture, const Raster& seen) {
+        for (const bool texture : {false, true}) {
+            const double turn = std::atan(1.0) * 4 / 180, rise = 30 * turn;
+            const Raster result =
+                runOne("Effects.Emboss", picture, {whole(120), whole(30), whole(3), texture});
+            const auto height = [&](int x, int y) {
+                return double(luma(channelAt(seen, x, y, 0), channelAt(seen, x, y, 1),
+                                   channelAt(seen, x, y, 2)));
+            };
+            const auto expected = [&](int x, int y, int c) {
+                const double own = channelAt(seen, x, y, c);
+                if (c == 3) return own;
+                const double dx = height(x - 2, y) - height(x + 2, y);
+                const double dy = height(x, y + 2) - height(x, y - 2);
+                const double lit =
+                    (dx * std::cos(120 * turn) * std::cos(rise) +
+                     dy * std::sin(120 * turn) * std::cos(rise) + 96 * std::sin(rise)) /
+                    std::sqrt(dx * dx + dy * dy + 96 * 96);
+                return clamped(texture ? own * std::max(0.0, lit) / std::sin(rise) : 255 * lit);
+            };
+            QCOMPARE_LE(largestDifference(result, expected), 0.51);
+        }
+    };
+    onEveryPicture(check);
+    const Raster picture = noise(ImageType::Rgb24, {50, 12});
+    onEveryInstructionSet([&] { check(picture, picture); });
+}
+
+void FiltersTest::cannyOutlinesAreThinAndConnected() {
+    // A disc, and beside it a bar whose contrast fades away to the right.
+    Raster drawing = Raster::filled(ImageType::Rgb24, 160, 90, {0, 0, 0});
+    for (int y = 0; y < 90; ++y)
+        for (int x = 0; x < 160; ++x) {
+            const auto fading = static_cast<std::uint8_t>(std::max(0, 160 - x));
+            if (std::hypot(x - 40, y - 45) < 30) drawing.setPixel(x, y, {200, 200, 200});
+            if (x > 85 && std::abs(y - 45) < 12) drawing.setPixel(x, y, {fading, fading, fading});
+        }
+    const auto edges = [&](int low, int high) {
+        return runOne("Effects.CannyEdge", drawing, {whole(100), whole(low), whole(high)});
+    };
+    const auto isEdge = [](const Raster& r, int x, int y) { return r.pixel(x, y).r == 255; };
+    const Raster both = edges(15, 40), strong = edges(40, 40), weak = edges(15, 15);
+    int ring = 0, fadedBoth = 0, fadedStrong = 0;
+    for (int y = 0; y < 90; ++y)
+        for (int x = 0; x < 160; ++x) {
+            const Rgba p = both.pixel(x, y);
+            QVERIFY(p == (Rgba{0, 0, 0}) || p == (Rgba{255, 255, 255}));
+            QVERIFY(!isEdge(both, x, y) || isEdge(weak, x, y));
+            if (x < 80 && isEdge(both, x, y)) {
+                ++ring;
+                QVERIFY(std::abs(std::hypot(x - 40, y - 45) - 30) < 1.6);
+            }
+            fadedBoth += x > 100 && isEdge(both, x, y);
+            fadedStrong += x > 100 && isEdge(strong, x, y);
+        }
+    QVERIFY(ring > 150 && ring < 260);     // about the circumference, one pixel thick
+    QVERIFY(fadedBoth > fadedStrong + 30); // the weak part goes on with the strong one
+    QCOMPARE(
+        runOne("Effects.CannyEdge", drawing, {whole(20), whole(40), whole(15)}).pixel(10, 45).r,
+        both.pixel(10, 45).r ? 51 : 0);
+    // Weak edges alone are none.
+    const Raster faint = Raster::filled(ImageType::Gray8, 40, 40, {0, 0, 0});
+    Raster step = faint;
+    for (int y = 0; y < 40; ++y)
+        for (int x = 20; x < 40; ++x)
+            step.setPixel(x, y, {20, 20, 20});
+    QVERIFY(
+        runOne("Effects.CannyEdge", step, {whole(100), whole(10), whole(60)}).samePixels(faint));
+    QVERIFY(
+        !runOne("Effects.CannyEdge", step, {whole(100), whole(10), whole(11)}).samePixels(faint));
+}
+
 void FiltersTest::neutralArgumentsChangeNothing() {
     const std::pair<const char*, std::vector<Value>> neutral[] = {
         {"Effects.Blur", {whole(0), whole(7), false}},
@@ -421,6 +531,7 @@ void FiltersTest::neutralArgumentsChangeNothing() {
         {"Effects.UnsharpMask", {whole(0), 0.0, 5.0}},
         {"Effects.UnsharpMask", {whole(0), 5.0, 0.0}},
         {"Effects.EdgeDetection", {whole(0)}},
+        {"Effects.Emboss", {whole(45), whole(45), whole(0), false}},
         {"Effects.Vibration", {whole(0)}},
         {"Effects.Minimum", {whole(1), false}},
         {"Effects.ArithmeticMean", {whole(1), false}},
@@ -442,6 +553,7 @@ void FiltersTest::flatStaysFlat() {
         {"Effects.MedianCut", {whole(21), false}},
         {"Effects.UnsharpMask", {whole(0), 29.0, 1.5}},
         {"Effects.Despeckle", {}},
+        {"Effects.Emboss", {whole(45), whole(45), whole(4), true}},
         {"Effects.Vibration", {whole(100)}},
         {"Effects.GeometricMean", {whole(5), false}},
         {"Effects.HarmonicMean", {whole(101), false}},

@@ -82,6 +82,21 @@ void sobelRow(const std::uint8_t* const* rows, int step, float gain, std::uint8_
     });
 }
 
+void sobelPartsRow(const std::uint8_t* const* rows, std::int16_t* HWY_RESTRICT across,
+                   std::int16_t* HWY_RESTRICT down, std::int32_t* HWY_RESTRICT square,
+                   std::size_t count) {
+    const std::uint8_t* HWY_RESTRICT a = rows[0];
+    const std::uint8_t* HWY_RESTRICT b = rows[1];
+    const std::uint8_t* HWY_RESTRICT c = rows[2];
+    for (std::size_t i = 0; i < count; ++i) {
+        const int x = a[i + 2] - a[i] + 2 * (b[i + 2] - b[i]) + c[i + 2] - c[i];
+        const int y = c[i] - a[i] + 2 * (c[i + 1] - a[i + 1]) + c[i + 2] - a[i + 2];
+        across[i] = static_cast<std::int16_t>(x);
+        down[i] = static_cast<std::int16_t>(y);
+        square[i] = x * x + y * y;
+    }
+}
+
 void limitRow(const std::uint8_t* const* rows, int step, std::uint8_t* out, std::size_t count) {
     const Bytes d;
     const auto s = static_cast<std::size_t>(step);
@@ -110,6 +125,7 @@ namespace kvn::imaging {
 HWY_EXPORT(correlateRow);
 HWY_EXPORT(sobelRow);
 HWY_EXPORT(limitRow);
+HWY_EXPORT(sobelPartsRow);
 
 void correlate(const std::uint8_t* const* rows, const float* coefficients, int height, int step,
                float* out, std::size_t count) {
@@ -118,6 +134,10 @@ void correlate(const std::uint8_t* const* rows, const float* coefficients, int h
 void sobelLength(const std::uint8_t* const* rows, int step, float gain, std::uint8_t* out,
                  std::size_t count) {
     HWY_DYNAMIC_DISPATCH(sobelRow)(rows, step, gain, out, count);
+}
+void sobelParts(const std::uint8_t* const* rows, std::int16_t* across, std::int16_t* down,
+                std::int32_t* square, std::size_t count) {
+    HWY_DYNAMIC_DISPATCH(sobelPartsRow)(rows, across, down, square, count);
 }
 void limitByNeighbours(const std::uint8_t* const* rows, int step, std::uint8_t* out,
                        std::size_t count) {

@@ -16,6 +16,10 @@ void correlate(const std::uint8_t* const* rows, const float* coefficients, int h
 void sobelLength(const std::uint8_t* const* rows, int step, float gain, std::uint8_t* out,
                  std::size_t count);
 
+// The two parts of the Sobel gradient of grey rows[0..2][i .. i + 2], and the sum of their squares.
+void sobelParts(const std::uint8_t* const* rows, std::int16_t* across, std::int16_t* down,
+                std::int32_t* square, std::size_t count);
+
 // The middle of the window, brought between the second least and the second greatest of the eight
 // around it.
 void limitByNeighbours(const std::uint8_t* const* rows, int step, std::uint8_t* out,
