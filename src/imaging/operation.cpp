@@ -22,6 +22,7 @@ constexpr Family families[] = {
     filterOperations,
     resampleOperations,
     toneOperations,
+    transformOperations,
 };
 
 std::vector<const Operation*> sortedOperations() {

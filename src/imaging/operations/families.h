@@ -12,5 +12,6 @@ std::span<const Operation* const> basicGeometryOperations(); // Crop, Flip, Resi
 std::span<const Operation* const> filterOperations();        // blurs, means, edges, reliefs
 std::span<const Operation* const> resampleOperations();      // other sizes, angles, outlines
 std::span<const Operation* const> toneOperations();          // curves of the colour channels
+std::span<const Operation* const> transformOperations();     // distortions
 
 } // namespace kvn::imaging

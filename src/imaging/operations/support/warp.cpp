@@ -1,6 +1,8 @@
 #include "imaging/operations/support/warp.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <cstring>
 #include <utility>
 #include <vector>
 
@@ -33,8 +35,8 @@ void setBackground(WarpRow& row, const WarpSettings& settings, bool weighted) {
 struct Places {
     explicit Places(int width)
         : x(static_cast<std::size_t>(width) + 1), y(static_cast<std::size_t>(width) + 1) {}
-    void fill(const WarpMap& map, int row) {
-        map(row, 0, static_cast<int>(x.size()), x.data(), y.data());
+    void fill(const WarpMap& map, int row, int left) {
+        map(row, left, static_cast<int>(x.size()), x.data(), y.data());
     }
     std::vector<float> x, y;
 };
@@ -42,26 +44,41 @@ struct Places {
 struct Driver {
     const WarpSettings& settings;
     const WarpMap& map;
+    Rect active;
     WarpRow row; // what all rows have in common
     WarpSampler sampler;
     View out;
 
+    // The rows outside the active part, and what lies beside it, are the source's.
+    void copyRest(int y) const {
+        if (active.width < out.width || y < active.y || y >= active.bottom())
+            std::memcpy(out.row(y), row.source.row(y), rowBytes(out.type, out.width));
+    }
+
     void band(int y0, int y1) const {
-        Places here(settings.size.width), below(settings.size.width);
-        here.fill(map, y0);
+        Places here(active.width), below(active.width);
+        int filled = -1; // the row that `here` is for
         for (int y = y0; y < y1; ++y) {
-            below.fill(map, y + 1);
-            WarpRow one = row;
-            one.x = here.x.data();
-            one.y = here.y.data();
-            one.belowX = below.x.data();
-            one.belowY = below.y.data();
-            one.out = out.row(y);
-            one.mayShrink = settings.continuous &&
-                            shrinksSomewhere(one.x, one.y, one.belowX, one.belowY, one.count);
-            sampler(one);
+            copyRest(y);
+            if (y < active.y || y >= active.bottom()) continue;
+            if (filled != y) here.fill(map, y, active.x);
+            below.fill(map, y + 1, active.x);
+            sample(here, below, y);
             std::swap(here, below);
+            filled = y + 1;
         }
+    }
+
+    void sample(const Places& here, const Places& below, int y) const {
+        WarpRow one = row;
+        one.x = here.x.data();
+        one.y = here.y.data();
+        one.belowX = below.x.data();
+        one.belowY = below.y.data();
+        one.out = out.row(y) + std::ptrdiff_t{active.x} * bytesPerPixel(out.type);
+        one.mayShrink = settings.continuous && settings.smooth &&
+                        shrinksSomewhere(one.x, one.y, one.belowX, one.belowY, one.count);
+        sampler(one);
     }
 };
 
@@ -75,12 +92,14 @@ Raster warped(const Raster& picture, const WarpSettings& settings, Task& task, c
         ((settings.bordered && settings.background.a != 255) || !isOpaque(source));
     WarpRow row{};
     row.source = source.view();
-    row.count = settings.size.width;
+    const Rect whole{0, 0, settings.size.width, settings.size.height};
+    const Rect active = settings.active.isEmpty() ? whole : settings.active.intersected(whole);
+    row.count = active.width;
     row.bordered = settings.bordered;
     setBackground(row, settings, weighted);
     const WarpSampler sampler =
         settings.smooth ? bicubicSampler(bytesPerPixel(source.type()), weighted) : sampleNearest;
-    const Driver driver{settings, map, row, sampler, result.edit()};
+    const Driver driver{settings, map, active, row, sampler, result.edit()};
     parallelRows(
         settings.size.height, task, [&](int y0, int y1) { driver.band(y0, y1); }, 8);
     return result;

@@ -26,6 +26,9 @@ struct WarpSettings {
     bool smooth = true;
     // Neighbours in the result are neighbours in the source. False switches the area means off.
     bool continuous = true;
+    // Where anything moves; the rest of the picture is copied. Empty: everywhere. Only for results
+    // of the source's size.
+    Rect active = {};
 };
 
 // 1-bit and palette pictures are promoted first, grey ones where a coloured background demands

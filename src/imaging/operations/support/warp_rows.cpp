@@ -17,7 +17,9 @@ typedef std::uint8_t Bytes __attribute__((vector_size(16)));
 
 // Up to this many source pixels a step the bicubic kernel alone does not visibly alias.
 constexpr float shrinkLimit = 1.25f;
-constexpr int mostSamples = 16; // along each side of a pixel's area
+constexpr int mostSamples = 8; // along each side of a pixel's area
+// From this many samples a pixel on, each may be the nearest pixel: the mean smooths them.
+constexpr int plentyOfSamples = 16;
 
 KVN_INLINE Floats all(float value) {
     return Floats{value, value, value, value};
@@ -115,6 +117,17 @@ KVN_INLINE Floats sampleAt(const ConstView& source, float x, float y) {
     return sampleAtEdge<Channels, Weighted>(source, left, top, tx, ty);
 }
 
+template <int Channels, bool Weighted>
+KVN_INLINE Floats nearestAt(const ConstView& source, float x, float y) {
+    const auto column =
+        static_cast<std::ptrdiff_t>(between(x + 0.5f, 0, static_cast<float>(source.width) - 0.5f));
+    const auto line =
+        static_cast<std::size_t>(between(y + 0.5f, 0, static_cast<float>(source.height) - 0.5f));
+    Bytes bytes = {};
+    std::memcpy(&bytes, source.data + source.stride * line + column * Channels, Channels);
+    return premultiplied<Channels, Weighted>(widened<0, Channels>(bytes));
+}
+
 // How the source moves under one pixel of the result.
 struct Steps {
     float acrossX, acrossY; // to the next column
@@ -139,14 +152,16 @@ KVN_INLINE Floats sampleArea(const WarpRow& row, int i) {
     const int across = samplesFor(steps.acrossX, steps.acrossY);
     const int down = samplesFor(steps.downX, steps.downY);
     if (across * down == 1) return sampleAt<Channels, Weighted>(row.source, row.x[i], row.y[i]);
+    const bool plenty = across * down >= plentyOfSamples;
     Floats sum = {};
     for (int v = 0; v < down; ++v)
         for (int u = 0; u < across; ++u) {
             const float a = (static_cast<float>(u) + 0.5f) / static_cast<float>(across) - 0.5f;
             const float d = (static_cast<float>(v) + 0.5f) / static_cast<float>(down) - 0.5f;
-            sum += sampleAt<Channels, Weighted>(row.source,
-                                                row.x[i] + a * steps.acrossX + d * steps.downX,
-                                                row.y[i] + a * steps.acrossY + d * steps.downY);
+            const float x = row.x[i] + a * steps.acrossX + d * steps.downX;
+            const float y = row.y[i] + a * steps.acrossY + d * steps.downY;
+            sum += plenty ? nearestAt<Channels, Weighted>(row.source, x, y)
+                          : sampleAt<Channels, Weighted>(row.source, x, y);
         }
     return sum * all(1 / static_cast<float>(across * down));
 }
