@@ -166,7 +166,7 @@ void Import::FromURL(const QString& url, const QString& label) {
     QByteArray bytes;
     std::exception_ptr failure;
     try {
-        bytes = detail::download(QUrl(url), [&](qint64 read, qint64 total) {
+        bytes = detail::download(QUrl::fromUserInput(url), [&](qint64 read, qint64 total) {
             return list.observer && list.observer->download(read, total);
         });
     } catch (const RuntimeError&) {
