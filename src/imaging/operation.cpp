@@ -21,6 +21,7 @@ constexpr Family families[] = {
     basicGeometryOperations,
     filterOperations,
     resampleOperations,
+    textureOperations,
     toneOperations,
     transformOperations,
 };

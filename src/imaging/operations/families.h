@@ -11,6 +11,7 @@ namespace kvn::imaging {
 std::span<const Operation* const> basicGeometryOperations(); // Crop, Flip, ResizeCanvas
 std::span<const Operation* const> filterOperations();        // blurs, means, edges, reliefs
 std::span<const Operation* const> resampleOperations();      // other sizes, angles, outlines
+std::span<const Operation* const> textureOperations();       // tiles, grain
 std::span<const Operation* const> toneOperations();          // curves of the colour channels
 std::span<const Operation* const> transformOperations();     // distortions
 
