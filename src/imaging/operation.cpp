@@ -19,6 +19,7 @@ namespace {
 using Family = std::span<const Operation* const> (*)();
 constexpr Family families[] = {
     basicGeometryOperations,
+    channelOperations,
     filterOperations,
     resampleOperations,
     textureOperations,

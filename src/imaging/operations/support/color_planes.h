@@ -1,0 +1,45 @@
+// Colour channels side by side instead of pixel by pixel: the form in which plain loops over a
+// block of pixels become vector code. Knows nothing of what the loops compute.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+
+#include "imaging/raster.h"
+#include "imaging/task.h"
+
+namespace kvn::imaging {
+
+// A block of pixels, a channel after the other. Grey pictures have r = g = b, pictures without
+// alpha 255. Loops may always run over the whole block.
+struct ColorPlanes {
+    static constexpr int size = 512;
+    alignas(64) std::uint8_t r[size];
+    alignas(64) std::uint8_t g[size];
+    alignas(64) std::uint8_t b[size];
+    alignas(64) std::uint8_t a[size];
+};
+
+// Reads and writes up to ColorPlanes::size pixels. Not for palette types. Grey takes the red plane;
+// alpha is left out where the type has none.
+void splitPlanes(ImageType type, const std::uint8_t* pixels, int count, ColorPlanes& planes);
+void mergePlanes(const ColorPlanes& planes, int count, ImageType type, std::uint8_t* pixels);
+
+using PlaneKernel = std::function<void(ColorPlanes& planes)>;
+
+// What the result can hold that the source cannot.
+enum class PlaneResult {
+    SameType,
+    Color,          // grey becomes colour
+    WithAlpha,      // grey stays; alpha is added
+    WithoutAlpha,   // grey stays; alpha is dropped
+    ColorWithAlpha, // both
+    ColorWithoutAlpha,
+};
+
+// Every pixel through the kernel, which may change all four channels of a block in place. Palette
+// pictures keep their indices and have their palette mapped; 1-bit ones become indexed where alpha
+// is added.
+Raster mapPlanes(const Raster& source, PlaneResult form, Task& task, const PlaneKernel& kernel);
+
+} // namespace kvn::imaging
