@@ -57,27 +57,28 @@ struct Driver {
 
     void band(int y0, int y1) const {
         Places here(active.width), below(active.width);
+        std::vector<std::uint8_t> kinds(static_cast<std::size_t>(active.width));
         int filled = -1; // the row that `here` is for
         for (int y = y0; y < y1; ++y) {
             copyRest(y);
             if (y < active.y || y >= active.bottom()) continue;
             if (filled != y) here.fill(map, y, active.x);
             below.fill(map, y + 1, active.x);
-            sample(here, below, y);
+            sample(here, below, y, kinds);
             std::swap(here, below);
             filled = y + 1;
         }
     }
 
-    void sample(const Places& here, const Places& below, int y) const {
+    void sample(const Places& here, const Places& below, int y,
+                std::vector<std::uint8_t>& kinds) const {
         WarpRow one = row;
         one.x = here.x.data();
         one.y = here.y.data();
         one.belowX = below.x.data();
         one.belowY = below.y.data();
         one.out = out.row(y) + std::ptrdiff_t{active.x} * bytesPerPixel(out.type);
-        one.mayShrink = settings.continuous && settings.smooth &&
-                        shrinksSomewhere(one.x, one.y, one.belowX, one.belowY, one.count);
+        one.kinds = kinds.data();
         sampler(one);
     }
 };
@@ -96,6 +97,7 @@ Raster warped(const Raster& picture, const WarpSettings& settings, Task& task, c
     const Rect active = settings.active.isEmpty() ? whole : settings.active.intersected(whole);
     row.count = active.width;
     row.bordered = settings.bordered;
+    row.continuous = settings.continuous;
     setBackground(row, settings, weighted);
     const WarpSampler sampler =
         settings.smooth ? bicubicSampler(bytesPerPixel(source.type()), weighted) : sampleNearest;

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "imaging/operations/support/simd.h"
+#include "imaging/operations/support/warp_runs.h"
 
 namespace kvn::imaging {
 namespace {
@@ -151,7 +152,8 @@ KVN_INLINE Floats sampleArea(const WarpRow& row, int i) {
     const Steps steps = stepsAt(row, i);
     const int across = samplesFor(steps.acrossX, steps.acrossY);
     const int down = samplesFor(steps.downX, steps.downY);
-    if (across * down == 1) return sampleAt<Channels, Weighted>(row.source, row.x[i], row.y[i]);
+    if (across * down == 1 || !row.continuous)
+        return sampleAt<Channels, Weighted>(row.source, row.x[i], row.y[i]);
     const bool plenty = across * down >= plentyOfSamples;
     Floats sum = {};
     for (int v = 0; v < down; ++v)
@@ -204,33 +206,74 @@ KVN_INLINE Floats sampleBordered(const WarpRow& row, int i) {
     return background + all(share) * (pixel - background);
 }
 
-template <int Channels, bool Weighted>
-KVN_INLINE void sampleRow(const WarpRow& row) {
-    std::uint8_t* out = row.out;
+// What is to be done for a pixel.
+enum Kind : std::uint8_t {
+    general,  // edges and areas
+    plain,    // well inside, and nothing shrinks
+    farBeyond // background alone
+};
+
+// Sets the kind of every pixel.
+KVN_CLONES void classify(const WarpRow& row) {
+    constexpr float limit = shrinkLimit * shrinkLimit;
     const auto right = static_cast<float>(row.source.width - 2);
     const auto bottom = static_cast<float>(row.source.height - 2);
-    // Where nothing shrinks, a pixel further out than this cannot touch the picture.
-    const auto farLeft = -2.0f, farRight = right + 3, farBottom = bottom + 3;
+    const float *x = row.x, *y = row.y, *belowX = row.belowX, *belowY = row.belowY;
+    const int counts = row.continuous, borders = row.bordered, count = row.count;
+    std::uint8_t* __restrict kinds = row.kinds;
+    for (int i = 0; i < count; ++i) {
+        const float ax = x[i + 1] - x[i], ay = y[i + 1] - y[i];
+        const float dx = belowX[i] - x[i], dy = belowY[i] - y[i];
+        const int small =
+            ((ax * ax + ay * ay <= limit) & (dx * dx + dy * dy <= limit)) | (counts ^ 1);
+        const int inside = (x[i] >= 1) & (y[i] >= 1) & (x[i] < right) & (y[i] < bottom);
+        // Where nothing shrinks, a pixel this far out cannot touch the picture.
+        const int outside = (x[i] < -2) | (y[i] < -2) | (x[i] > right + 3) | (y[i] > bottom + 3);
+        kinds[i] = static_cast<std::uint8_t>((small & inside) * plain |
+                                             (small & outside & borders) * farBeyond);
+    }
+}
+
+template <int Channels, bool Weighted>
+KVN_INLINE void samplePlain(const WarpRow& row, int begin, int end) {
+    std::uint8_t* out = row.out + static_cast<std::ptrdiff_t>(begin) * Channels;
+    for (int i = begin; i < end; ++i, out += Channels) {
+        const int left = static_cast<int>(row.x[i]), top = static_cast<int>(row.y[i]);
+        store<Channels, Weighted>(sampleInside<Channels, Weighted>(
+                                      row.source, left, top, row.x[i] - static_cast<float>(left),
+                                      row.y[i] - static_cast<float>(top)),
+                                  out);
+    }
+}
+
+template <int Channels, bool Weighted>
+KVN_INLINE void sampleOthers(const WarpRow& row, int begin, int end) {
     Floats background;
     std::memcpy(&background, row.background, sizeof background);
-    for (int i = 0; i < row.count; ++i, out += Channels) {
-        const float x = row.x[i], y = row.y[i];
-        Floats pixel;
-        if (!row.mayShrink && x >= 1 && y >= 1 && x < right && y < bottom) [[likely]] {
-            const int left = static_cast<int>(x), top = static_cast<int>(y);
-            pixel = sampleInside<Channels, Weighted>(
-                row.source, left, top, x - static_cast<float>(left), y - static_cast<float>(top));
-        } else if (row.bordered && !row.mayShrink &&
-                   !(x > farLeft && y > farLeft && x < farRight && y < farBottom)) {
-            pixel = background;
-        } else if (row.bordered) {
-            pixel = sampleBordered<Channels, Weighted>(row, i);
-        } else if (row.mayShrink) {
-            pixel = sampleArea<Channels, Weighted>(row, i);
-        } else {
-            pixel = sampleAt<Channels, Weighted>(row.source, x, y);
-        }
+    std::uint8_t* out = row.out + static_cast<std::ptrdiff_t>(begin) * Channels;
+    for (int i = begin; i < end; ++i, out += Channels) {
+        Floats pixel = background;
+        if (row.kinds[i] == general)
+            pixel = row.bordered ? sampleBordered<Channels, Weighted>(row, i)
+                                 : sampleArea<Channels, Weighted>(row, i);
         store<Channels, Weighted>(pixel, out);
+    }
+}
+
+template <int Channels, bool Weighted>
+KVN_INLINE void sampleRow(const WarpRow& row) {
+    classify(row);
+    const WarpRun fast = Weighted ? nullptr : vectorRun(Channels);
+    for (int begin = 0, end = 0; begin < row.count; begin = end) {
+        const bool isPlain = row.kinds[begin] == plain;
+        while (end < row.count && (row.kinds[end] == plain) == isPlain)
+            ++end;
+        if (!isPlain)
+            sampleOthers<Channels, Weighted>(row, begin, end);
+        else if (fast)
+            fast(row, begin, end);
+        else
+            samplePlain<Channels, Weighted>(row, begin, end);
     }
 }
 
@@ -280,19 +323,6 @@ void sampleNearest(const WarpRow& row) {
         std::memcpy(out, row.source.row(line) + static_cast<std::ptrdiff_t>(column) * channels,
                     static_cast<std::size_t>(channels));
     }
-}
-
-KVN_CLONES bool shrinksSomewhere(const float* x, const float* y, const float* belowX,
-                                 const float* belowY, int count) {
-    float most = 0;
-    for (int i = 0; i < count; ++i) {
-        const float ax = x[i + 1] - x[i], ay = y[i + 1] - y[i];
-        const float dx = belowX[i] - x[i], dy = belowY[i] - y[i];
-        const float across = ax * ax + ay * ay, down = dx * dx + dy * dy;
-        const float larger = across > down ? across : down;
-        most = larger > most ? larger : most;
-    }
-    return most > shrinkLimit * shrinkLimit;
 }
 
 } // namespace kvn::imaging

@@ -13,9 +13,10 @@ struct WarpRow {
     const float *x, *y, *belowX, *belowY;
     int count;
     bool bordered;       // beyond the picture lies the background; otherwise its last pixel repeats
-    bool mayShrink;      // some pixels cover more than one of the source
+    bool continuous;     // steps from pixel to pixel tell how the picture shrinks
     float background[4]; // colours times alpha/255 where the sampler is a weighted one
     std::uint8_t* out;
+    std::uint8_t* kinds; // room for a byte a pixel
 };
 
 using WarpSampler = void (*)(const WarpRow& row);
@@ -23,9 +24,5 @@ using WarpSampler = void (*)(const WarpRow& row);
 // For pictures of 1 to 4 channels; `weighted` (2 and 4 channels) multiplies colours by alpha.
 WarpSampler bicubicSampler(int channels, bool weighted);
 void sampleNearest(const WarpRow& row);
-
-// True if a step in the result goes further than about a pixel in the source.
-bool shrinksSomewhere(const float* x, const float* y, const float* belowX, const float* belowY,
-                      int count);
 
 } // namespace kvn::imaging

@@ -1,11 +1,11 @@
 // Transforms.BumpMap.
 #include <algorithm>
-#include <cmath>
 #include <vector>
 
 #include "imaging/convert.h"
 #include "imaging/operations/resample/resample.h"
 #include "imaging/operations/support/color_maps.h"
+#include "imaging/operations/support/simd.h"
 #include "imaging/operations/transforms/transforms.h"
 
 namespace kvn::imaging {
@@ -34,47 +34,53 @@ constexpr Lamp lamp{-0.5f, -0.5f, 0.70710678f};
 // How much of a full turn towards the lamp glints.
 constexpr float glint = 60;
 
-// Brightness of a slope, and the white that is added to it.
-struct Light {
-    float factor, white;
+// The brightness of every place of a row, and the white that is added to it.
+struct LightRow {
+    explicit LightRow(int width)
+        : factor(static_cast<std::size_t>(width)), white(static_cast<std::size_t>(width)) {}
+    std::vector<float> factor, white;
 };
 
-Light lightOf(float slopeX, float slopeY) {
-    const float length = std::sqrt(slopeX * slopeX + slopeY * slopeY + 1);
-    const float facing =
-        std::max(0.0f, (lamp.up - slopeX * lamp.across - slopeY * lamp.down) / length);
-    const float over = std::max(0.0f, facing - lamp.up) / (1 - lamp.up);
-    return {std::min(facing / lamp.up, 1.25f), over * over * glint};
-}
-
-// The slope at pixel x between the rows above, here and below (Sobel).
+// Rows above, here and below, each beginning a pixel left of the first place.
 struct ReliefRows {
     const std::uint8_t *above, *here, *below;
-    int last;
-
-    float across(int x) const {
-        const int l = std::max(0, x - 1), r = std::min(last, x + 1);
-        return static_cast<float>((above[r] + 2 * here[r] + below[r]) -
-                                  (above[l] + 2 * here[l] + below[l])) /
-               8;
-    }
-    float down(int x) const {
-        const int l = std::max(0, x - 1), r = std::min(last, x + 1);
-        return static_cast<float>((below[l] + 2 * below[x] + below[r]) -
-                                  (above[l] + 2 * above[x] + above[r])) /
-               8;
-    }
 };
 
-void lightRow(const std::uint8_t* in, const ReliefRows& relief, float steepness, int channels,
-              int colors, std::uint8_t* out) {
-    for (int x = 0; x <= relief.last; ++x, in += channels, out += channels) {
-        const Light light = lightOf(relief.across(x) * steepness, relief.down(x) * steepness);
-        for (int c = 0; c < colors; ++c)
-            out[c] = static_cast<std::uint8_t>(
-                std::min(255.0f, static_cast<float>(in[c]) * light.factor + light.white) + 0.5f);
-        if (colors < channels) out[colors] = in[colors];
+// Slopes by Sobel.
+KVN_CLONES void lightPlaces(const ReliefRows& relief, float steepness, int count,
+                            float* __restrict factor, float* __restrict white) {
+    const std::uint8_t *a = relief.above, *h = relief.here, *b = relief.below;
+    for (int x = 0; x < count; ++x) {
+        const int across = (a[x + 2] + 2 * h[x + 2] + b[x + 2]) - (a[x] + 2 * h[x] + b[x]);
+        const int down = (b[x] + 2 * b[x + 1] + b[x + 2]) - (a[x] + 2 * a[x + 1] + a[x + 2]);
+        const float slopeX = static_cast<float>(across) * steepness / 8;
+        const float slopeY = static_cast<float>(down) * steepness / 8;
+        const float squared = slopeX * slopeX + slopeY * slopeY + 1;
+        const float towards = lamp.up - slopeX * lamp.across - slopeY * lamp.down;
+        const float facing = (towards > 0 ? towards : 0) / __builtin_sqrtf(squared);
+        const float over = (facing > lamp.up ? facing - lamp.up : 0) / (1 - lamp.up);
+        const float bright = facing / lamp.up;
+        factor[x] = bright < 1.25f ? bright : 1.25f;
+        white[x] = over * over * glint;
     }
+}
+
+template <int Channels, int Colors>
+void lightPixels(const std::uint8_t* in, const LightRow& light, std::uint8_t* out) {
+    for (std::size_t x = 0; x < light.factor.size(); ++x, in += Channels, out += Channels) {
+        for (int c = 0; c < Colors; ++c) {
+            const float lit = static_cast<float>(in[c]) * light.factor[x] + light.white[x] + 0.5f;
+            out[c] = static_cast<std::uint8_t>(static_cast<int>(lit < 255.0f ? lit : 255.0f));
+        }
+        if (Colors < Channels) out[Colors] = in[Colors];
+    }
+}
+
+// A row with its ends repeated by one pixel.
+void widen(const std::uint8_t* row, int width, std::vector<std::uint8_t>& to) {
+    to.front() = row[0];
+    std::copy_n(row, width, to.begin() + 1);
+    to.back() = row[width - 1];
 }
 
 Raster bumpMap(const Raster& picture, const Arguments& arguments, Task& task) {
@@ -87,15 +93,23 @@ Raster bumpMap(const Raster& picture, const Arguments& arguments, Task& task) {
     Raster result = Raster::uninitialized(source.type(), source.width(), source.height());
     const ConstView in = source.view(), heights = relief.view();
     const View out = result.edit();
-    const int channels = bytesPerPixel(source.type());
-    const int colors = hasAlpha(source.type()) ? channels - 1 : channels;
+    constexpr decltype(&lightPixels<1, 1>) kernels[] = {lightPixels<1, 1>, lightPixels<2, 1>,
+                                                        lightPixels<3, 3>, lightPixels<4, 3>};
+    const auto kernel = kernels[bytesPerPixel(source.type()) - 1];
     // Ten: a rise of 20 levels from pixel to pixel is a slope of 45 degrees.
     const auto steepness = static_cast<float>(amount / 10 / 20);
     parallelRows(source.height(), task, [&](int y0, int y1) {
+        std::vector<std::uint8_t> three[3];
+        for (auto& row : three)
+            row.resize(static_cast<std::size_t>(in.width) + 2);
+        LightRow light(in.width);
         for (int y = y0; y < y1; ++y) {
-            const ReliefRows rows{heights.row(std::max(0, y - 1)), heights.row(y),
-                                  heights.row(std::min(in.height - 1, y + 1)), in.width - 1};
-            lightRow(in.row(y), rows, steepness, channels, colors, out.row(y));
+            for (int i = 0; i < 3; ++i)
+                widen(heights.row(std::clamp(y - 1 + i, 0, in.height - 1)), in.width,
+                      three[static_cast<std::size_t>(i)]);
+            lightPlaces({three[0].data(), three[1].data(), three[2].data()}, steepness, in.width,
+                        light.factor.data(), light.white.data());
+            kernel(in.row(y), light, out.row(y));
         }
     });
     return result;
