@@ -23,7 +23,8 @@ void straighten(const float* row, const std::uint8_t* pixels, float* out, int wi
 
 // `combine(pixels, blurred, out, count)` makes one row.
 template <class Combine>
-Raster withBlur(const Raster& picture, double radius, Task& task, const Combine& combine) {
+Raster withBlur(const Raster& picture, double radius, Precision precision, Task& task,
+                const Combine& combine) {
     const Raster source = promoted(picture, task);
     const bool weighted = !isOpaque(source);
     const int channels = bytesPerPixel(source.type());
@@ -31,16 +32,18 @@ Raster withBlur(const Raster& picture, double radius, Task& task, const Combine&
     Raster result = Raster::uninitialized(source.type(), source.width(), source.height());
     const ConstView from = source.view();
     const View to = result.edit();
-    gaussRows(from, std::clamp(radius, leastSigma, largestSigma), weighted, task,
-              [&](int y, const float* row) {
-                  std::vector<float> straight(weighted ? samples : 0);
-                  if (weighted) straighten(row, from.row(y), straight.data(), from.width, channels);
-                  combine(from.row(y), weighted ? straight.data() : row, to.row(y), samples);
-                  if (!hasAlpha(from.type)) return;
-                  for (std::size_t i = static_cast<std::size_t>(channels) - 1; i < samples;
-                       i += static_cast<std::size_t>(channels))
-                      to.row(y)[i] = from.row(y)[i];
-              });
+    gaussRows(
+        from, std::clamp(radius, leastSigma, largestSigma), weighted, task,
+        [&](int y, const float* row) {
+            std::vector<float> straight(weighted ? samples : 0);
+            if (weighted) straighten(row, from.row(y), straight.data(), from.width, channels);
+            combine(from.row(y), weighted ? straight.data() : row, to.row(y), samples);
+            if (!hasAlpha(from.type)) return;
+            for (std::size_t i = static_cast<std::size_t>(channels) - 1; i < samples;
+                 i += static_cast<std::size_t>(channels))
+                to.row(y)[i] = from.row(y)[i];
+        },
+        precision);
     return result;
 }
 
@@ -55,8 +58,9 @@ Raster unsharpMask(const Raster& source, const Arguments& arguments, Task& task)
     const auto strength = static_cast<float>(std::clamp(arguments.number(1), 0.0, 100.0));
     const double radius = arguments.number(2);
     if (strength == 0 || radius <= 0) return source;
+    const Precision precision = strength > 5 ? Precision::Fine : Precision::Levels;
     return withBlur(
-        source, radius, task,
+        source, radius, precision, task,
         [=](const std::uint8_t* pixels, const float* blurred, std::uint8_t* out,
             std::size_t count) { addDetail(pixels, blurred, strength, level, out, count); });
 }
@@ -66,7 +70,7 @@ constexpr Argument highPassArguments[] = {
 };
 
 Raster highPass(const Raster& source, const Arguments& arguments, Task& task) {
-    return withBlur(source, arguments.number(0), task,
+    return withBlur(source, arguments.number(0), Precision::Levels, task,
                     [](const std::uint8_t* pixels, const float* blurred, std::uint8_t* out,
                        std::size_t count) { detailAround(128, pixels, blurred, out, count); });
 }

@@ -108,9 +108,10 @@ class RowSums {
 };
 
 // Repeats the first and the last of `width` pixels, which begin at pixel `before` of the row.
-void repeatEnds(float* row, int before, int width, int after, int channels) {
-    float* first = row + static_cast<std::ptrdiff_t>(before) * channels;
-    float* last = first + static_cast<std::ptrdiff_t>(width - 1) * channels;
+template <class T>
+void repeatEnds(T* row, int before, int width, int after, int channels) {
+    T* first = row + static_cast<std::ptrdiff_t>(before) * channels;
+    T* last = first + static_cast<std::ptrdiff_t>(width - 1) * channels;
     for (int i = 0; i < before; ++i)
         std::copy_n(first, channels, row + static_cast<std::ptrdiff_t>(i) * channels);
     for (int i = 1; i <= after; ++i)
@@ -265,8 +266,59 @@ class CoarseBlur {
 
 } // namespace
 
+namespace {
+
+constexpr std::size_t vectorSlack = 256; // entries behind a row that whole vectors reach
+constexpr int largestFixedRadius = 15;
+
+// Weights as whole numbers whose sum is exact; empty if one is too large, or they are too many, for
+// their products to be.
+std::vector<std::uint16_t> fixedWeights(const Row& weights) {
+    const int radius = static_cast<int>(weights.size()) / 2;
+    if (radius > largestFixedRadius || weights[sizeOf(radius)] > 0.95f) return {};
+    std::vector<std::uint16_t> result(sizeOf(radius + 1));
+    long rest = 65536;
+    for (int k = 1; k <= radius; ++k) {
+        const long weight = std::lround(weights[sizeOf(radius + k)] * 65536);
+        result[sizeOf(k)] = static_cast<std::uint16_t>(weight);
+        rest -= 2 * weight;
+    }
+    result[0] = static_cast<std::uint16_t>(rest);
+    return result;
+}
+
+void fixedRows(const ConstView& view, const std::vector<std::uint16_t>& down,
+               const std::vector<std::uint16_t>& along, Task& task, const BlurredRow& finish) {
+    const int above = static_cast<int>(down.size()) - 1;
+    const int side = static_cast<int>(along.size()) - 1;
+    const int channels = bytesPerPixel(view.type);
+    const std::size_t samples = rowBytes(view.type, view.width);
+    parallelRows(view.height, task, [&](int y0, int y1) {
+        std::vector<const std::uint8_t*> rows(sizeOf(2 * above + 1));
+        std::vector<std::uint16_t> padded(samples + sizeOf(2 * side * channels) + vectorSlack);
+        std::vector<std::uint16_t> sums(samples + vectorSlack);
+        Row blurred(samples);
+        for (int y = y0; y < y1; ++y) {
+            for (int k = -above; k <= above; ++k)
+                rows[sizeOf(k + above)] = view.row(std::clamp(y + k, 0, view.height - 1));
+            sumRowsFixed(rows.data(), down.data(), above, padded.data() + side * channels, samples);
+            repeatEnds(padded.data(), side, view.width, side, channels);
+            sumEntriesFixed(padded.data(), along.data(), side, channels, sums.data(), samples);
+            levelsOfFixed(sums.data(), blurred.data(), samples);
+            finish(y, blurred.data());
+        }
+    });
+}
+
+} // namespace
+
 void windowRows(const ConstView& view, const Row& down, const Row& along, bool weighted, Task& task,
-                const BlurredRow& finish) {
+                const BlurredRow& finish, Precision precision) {
+    if (!weighted && precision == Precision::Levels) {
+        const auto fixedDown = fixedWeights(down), fixedAlong = fixedWeights(along);
+        if (!fixedDown.empty() && !fixedAlong.empty())
+            return fixedRows(view, fixedDown, fixedAlong, task, finish);
+    }
     const int taps = static_cast<int>(along.size()), radius = taps / 2;
     const int channels = bytesPerPixel(view.type);
     const std::size_t samples = rowBytes(view.type, view.width);
@@ -283,10 +335,10 @@ void windowRows(const ConstView& view, const Row& down, const Row& along, bool w
 }
 
 void gaussRows(const ConstView& view, double sigma, bool weighted, Task& task,
-               const BlurredRow& finish) {
+               const BlurredRow& finish, Precision precision) {
     if (sigma < directLimit) {
         const Row weights = gaussWeights(sigma);
-        return windowRows(view, weights, weights, weighted, task, finish);
+        return windowRows(view, weights, weights, weighted, task, finish, precision);
     }
     CoarseBlur blur(view, sigma, weighted);
     {

@@ -16,19 +16,24 @@
 
 namespace kvn::imaging {
 
+// Levels: errors up to a tenth of a level, for results that are rounded next. Fine: errors of
+// floats, for differences that are going to be multiplied.
+enum class Precision { Levels, Fine };
+
 // Takes row y of the blurred picture: a float of 0..255 a channel. Called from several threads.
 using BlurredRow = std::function<void(int y, const float* row)>;
 
 // `sigma` above 0, in pixels. `weighted`, for types with alpha: colours count by their alpha, and
-// the rows come multiplied by alpha / 255. Not for palette types.
+// the rows come multiplied by alpha / 255. Not for palette types. The view is a
+// raster's, behind whose rows whole vectors may be read.
 void gaussRows(const ConstView& view, double sigma, bool weighted, Task& task,
-               const BlurredRow& finish);
+               const BlurredRow& finish, Precision precision = Precision::Levels);
 
 // The same with a window of one's own: an odd number of symmetric weights with sum 1 downwards,
 // and along the rows.
 void windowRows(const ConstView& view, const std::vector<float>& down,
                 const std::vector<float>& along, bool weighted, Task& task,
-                const BlurredRow& finish);
+                const BlurredRow& finish, Precision precision = Precision::Levels);
 
 // A row of colours multiplied by alpha / 255 made straight and rounded; where nothing is visible
 // the colour is that of `pixels`. channels: 2 or 4, alpha last.

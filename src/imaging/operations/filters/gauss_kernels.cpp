@@ -81,6 +81,61 @@ void entries(const float* in, const float* weights, int taps, int step, float* o
                             out + i, count - i < piece ? count - i : piece);
 }
 
+namespace hn = hwy::HWY_NAMESPACE;
+using Fixed = hn::ScalableTag<std::uint16_t>;
+
+// `pair(k, i)` is the sum of the two entries at distance k. Products lose their lower halves, half
+// a unit each on average, which the sum begins with.
+template <class Own, class Pair>
+HWY_INLINE void sumFixed(const Own& own, const Pair& pair, const std::uint16_t* weights, int radius,
+                         std::uint16_t* out, std::size_t count) {
+    const Fixed d;
+    const std::size_t lanes = hn::Lanes(d);
+    const auto start = hn::Set(d, static_cast<std::uint16_t>((radius + 1) / 2));
+    for (std::size_t i = 0; i < count; i += 2 * lanes) {
+        const auto middle = hn::Set(d, weights[0]);
+        auto a = hn::Add(start, hn::MulHigh(own(i), middle));
+        auto b = hn::Add(start, hn::MulHigh(own(i + lanes), middle));
+        for (int k = 1; k <= radius; ++k) {
+            const auto weight = hn::Set(d, weights[k]);
+            a = hn::Add(a, hn::MulHigh(pair(k, i), weight));
+            b = hn::Add(b, hn::MulHigh(pair(k, i + lanes), weight));
+        }
+        hn::StoreU(a, d, out + i);
+        hn::StoreU(b, d, out + i + lanes);
+    }
+}
+
+void rowsFixed(const std::uint8_t* const* rows, const std::uint16_t* weights, int radius,
+               std::uint16_t* out, std::size_t count) {
+    const auto load = [](const std::uint8_t* from) HWY_ATTR {
+        const Fixed d;
+        const hn::Rebind<std::uint8_t, Fixed> bytes;
+        return hn::PromoteTo(d, hn::LoadU(bytes, from));
+    };
+    sumFixed([=](std::size_t i) HWY_ATTR { return hn::ShiftLeft<7>(load(rows[radius] + i)); },
+             [=](int k, std::size_t i) HWY_ATTR {
+                 return hn::ShiftLeft<7>(
+                     hn::Add(load(rows[radius - k] + i), load(rows[radius + k] + i)));
+             },
+             weights, radius, out, count);
+}
+
+void entriesFixed(const std::uint16_t* in, const std::uint16_t* weights, int radius, int step,
+                  std::uint16_t* out, std::size_t count) {
+    const std::uint16_t* middle = in + std::ptrdiff_t{radius} * step;
+    const auto at = [=](std::ptrdiff_t shift, std::size_t i)
+                        HWY_ATTR { return hn::LoadU(Fixed(), middle + shift * step + i); };
+    sumFixed([=](std::size_t i) HWY_ATTR { return at(0, i); },
+             [=](int k, std::size_t i) HWY_ATTR { return hn::Add(at(-k, i), at(k, i)); }, weights,
+             radius, out, count);
+}
+
+void fromFixed(const std::uint16_t* HWY_RESTRICT in, float* HWY_RESTRICT out, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i)
+        out[i] = static_cast<float>(in[i]) * (1.0f / 128);
+}
+
 // Up to four channels of a pixel at once; the entries past the last channel are left over.
 typedef float Pixel __attribute__((vector_size(16), aligned(4)));
 
@@ -166,6 +221,9 @@ HWY_EXPORT(rowsOfBytes);
 HWY_EXPORT(rowsOfFloats);
 HWY_EXPORT(fourRows);
 HWY_EXPORT(entries);
+HWY_EXPORT(rowsFixed);
+HWY_EXPORT(entriesFixed);
+HWY_EXPORT(fromFixed);
 HWY_EXPORT(coarse);
 HWY_EXPORT(fine);
 HWY_EXPORT(rounded);
@@ -187,6 +245,17 @@ void sumFourRows(const float* const* rows, const float* weights, float* out, std
 void sumEntries(const float* in, const float* weights, int taps, int step, float* out,
                 std::size_t count) {
     HWY_DYNAMIC_DISPATCH(entries)(in, weights, taps, step, out, count);
+}
+void sumRowsFixed(const std::uint8_t* const* rows, const std::uint16_t* weights, int radius,
+                  std::uint16_t* out, std::size_t count) {
+    HWY_DYNAMIC_DISPATCH(rowsFixed)(rows, weights, radius, out, count);
+}
+void sumEntriesFixed(const std::uint16_t* in, const std::uint16_t* weights, int radius, int step,
+                     std::uint16_t* out, std::size_t count) {
+    HWY_DYNAMIC_DISPATCH(entriesFixed)(in, weights, radius, step, out, count);
+}
+void levelsOfFixed(const std::uint16_t* in, float* out, std::size_t count) {
+    HWY_DYNAMIC_DISPATCH(fromFixed)(in, out, count);
 }
 void toCoarse(const float* in, const float* weights, int taps, int factor, int channels, float* out,
               int count) {
