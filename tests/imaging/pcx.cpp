@@ -197,6 +197,9 @@ void PcxTest::missingRowsAreBlack() {
     const Picture picture = reread(pcxCodec(), builder.file());
     QCOMPARE(allIndices(picture.pages.front().raster), File({1, 2, 3, 0, 0, 0}));
     QCOMPARE(picture.warnings.size(), std::size_t{1});
+    // Lines that are too short for the width, by a wrong header.
+    builder.width = 3;
+    QCOMPARE(allIndices(decoded(builder)), File({1, 2, 0, 3, 0, 0, 0, 0, 0}));
 }
 
 void PcxTest::refused() {
@@ -205,7 +208,7 @@ void PcxTest::refused() {
         return errorOf(pcxCodec(), builder.file());
     };
     QCOMPARE(error({.width = -5}), errors::invalidPicture);
-    QCOMPARE(error({.width = 3}), errors::invalidPicture); // lines of two bytes
+    QCOMPARE(error({.lineBytes = 0}), errors::invalidPicture);
     QCOMPARE(error({.bits = 3}), errors::invalidPicture);
     QCOMPARE(error({.planes = 2}), errors::invalidPicture);
     QCOMPARE(error({.bits = 4, .planes = 4}), errors::invalidPicture);

@@ -10,5 +10,8 @@ const Codec& pngCodec();
 const Codec& tiffCodec();
 const Codec& gifCodec();
 const Codec& bmpCodec();
+const Codec& pcxCodec();
+const Codec& wbmpCodec();
+const Codec& tgaCodec();
 
 } // namespace kvn::imaging

@@ -48,6 +48,9 @@ std::span<const Codec* const> codecs() {
         &tiffCodec(),
         &gifCodec(),
         &bmpCodec(),
+        &pcxCodec(),
+        &wbmpCodec(),
+        &tgaCodec(),
     };
     return table;
 }

@@ -130,15 +130,31 @@ class Lines {
     std::uint8_t value_ = 0;
 };
 
+// What a plane's line takes in memory: wrong headers give lines that are too short for the width.
+std::size_t planeStride(const PcxHeader& header) {
+    const auto bits = std::size_t(header.width) * std::size_t(header.bits);
+    return std::max(header.lineBytes, (bits + 7) / 8);
+}
+
+bool nextLine(const PcxHeader& header, Lines& lines, std::span<std::uint8_t> planes) {
+    const std::size_t stride = planeStride(header);
+    if (!lines.next(planes.first(header.lineBytes))) return false;
+    for (std::size_t p = 1; p < static_cast<std::size_t>(header.planes); ++p) {
+        const auto line = planes.subspan(p * stride, header.lineBytes);
+        if (!lines.next(line)) std::ranges::fill(line, std::uint8_t{0});
+    }
+    return true;
+}
+
 void joinIndices(const PcxHeader& header, const std::uint8_t* line, std::uint8_t* row) {
+    const std::size_t stride = planeStride(header);
     const int bits = header.bits, most = (1 << bits) - 1;
     for (int x = 0; x < header.width; ++x) {
         const std::size_t place = static_cast<std::size_t>(x) * static_cast<std::size_t>(bits);
         const int shift = 8 - bits - static_cast<int>(place % 8);
         int index = 0;
         for (int p = 0; p < header.planes; ++p)
-            index |= (line[header.lineBytes * std::size_t(p) + place / 8] >> shift & most)
-                     << p * bits;
+            index |= (line[stride * std::size_t(p) + place / 8] >> shift & most) << p * bits;
         row[x] = static_cast<std::uint8_t>(index);
     }
 }
@@ -146,7 +162,7 @@ void joinIndices(const PcxHeader& header, const std::uint8_t* line, std::uint8_t
 void joinColors(const PcxHeader& header, const std::uint8_t* line, std::uint8_t* row) {
     const int channels = header.planes;
     for (int p = 0; p < channels; ++p) {
-        const std::uint8_t* from = line + header.lineBytes * std::size_t(p);
+        const std::uint8_t* from = line + planeStride(header) * std::size_t(p);
         std::uint8_t* to = row + p;
         for (int x = 0; x < header.width; ++x, to += channels)
             *to = from[x];
@@ -178,8 +194,7 @@ PcxHeader readPcxHeader(std::span<const std::uint8_t> file) {
     if (bits > 8 && (header.bits != 8 || header.planes == 2))
         refuse("The PCX file has an unknown depth (" + std::to_string(header.planes) +
                " planes of " + std::to_string(header.bits) + " bits).");
-    if (header.lineBytes * 8 < std::size_t(header.width) * std::size_t(header.bits))
-        refuse("The PCX file's lines are too short for its width.");
+    if (header.lineBytes == 0) refuse("The PCX file's lines are empty.");
     if (bits <= 8) header.palette = paletteOf(header, file);
     header.type = typeOf(header);
     const bool tail = bits > 4 && bits <= 8 && hasTail(file);
@@ -192,10 +207,12 @@ Raster readPcxPixels(const PcxHeader& header, std::vector<std::string>& warnings
     Raster raster = Raster::uninitialized(header.type, header.width, header.height);
     if (hasPalette(header.type)) raster.setPalette(header.palette);
     const View view = raster.edit();
-    std::vector<std::uint8_t> line(header.lineBytes * static_cast<std::size_t>(header.planes));
+    std::vector<std::uint8_t> line(planeStride(header) * static_cast<std::size_t>(header.planes));
     Lines lines(header.pixels, header.packed);
+    if (planeStride(header) > header.lineBytes)
+        warnings.push_back("The PCX file's lines are too short for its width.");
     int y = 0;
-    for (; y < header.height && lines.next(line); ++y) {
+    for (; y < header.height && nextLine(header, lines, line); ++y) {
         if (header.planes == 1 && (header.bits == 1 || header.bits == 8))
             std::memcpy(view.row(y), line.data(), raster.rowBytes());
         else if (header.type == ImageType::Rgb24 || header.type == ImageType::Rgba32)
