@@ -5,6 +5,7 @@
 #include <cmath>
 #include <numbers>
 
+#include "basic/error.h"
 #include "imaging/operation.h"
 #include "reference/pictures.h"
 
@@ -117,6 +118,7 @@ class TransformsTest : public QObject {
     void bumpLights();
     void clearPixelsLendNoColor();
     void shrunkPartsAreMeans();
+    void hugeNumbersDoNoHarm();
 };
 
 void TransformsTest::flatStaysFlat() {
@@ -393,6 +395,32 @@ void TransformsTest::shrunkPartsAreMeans() {
         for (int x = 90; x < 111; ++x)
             if (const double r = std::hypot(x - 100, y - 100); r > 3 && r < 8)
                 QVERIFY(std::abs(result.index(x, y) - 127) < 70);
+}
+
+void TransformsTest::hugeNumbersDoNoHarm() {
+    const Raster source = noise(ImageType::Rgba32, {9, 7});
+    const Value most = whole(std::int64_t{1} << 40), least = whole(-(std::int64_t{1} << 40));
+    for (const Value& far : {most, least}) {
+        for (const double radius : {1e300, -1e300}) {
+            run("Transforms.Spin", source, {radius, 1e300, far, far});
+            run("Transforms.SpinWave", source, {radius, 45.0, 1e300, far, whole(0)});
+            run("Transforms.Lens", source, {radius, far, far});
+            run("Transforms.Pinch", source, {radius, radius, far, far});
+            run("Transforms.Wave", source, {whole(1), radius, radius});
+            run("Transforms.Marble", source, {radius, radius, -radius});
+            run("Transforms.Random", source, {radius});
+        }
+        run("Transforms.Ripple", source, {whole(0), far, far, 1e300, far, far});
+        run("Transforms.Wow", source, {whole(1), far});
+        run("Transforms.Offset", source, {whole(1), far, far});
+        run("Transforms.LineSlice", source, {whole(1), far, far});
+        run("Geometry.Warp", source, {far, whole(0), whole(0), far});
+        QVERIFY_EXCEPTION_THROWN(run("Geometry.Skew", source, {whole(0), far, Rgba{}, false}),
+                                 kvn::RuntimeError);
+    }
+    run("Geometry.Rotate", source, {1e300, Rgba{}, whole(0)});
+    run("Geometry.Perspective", source,
+        {Point{-2147483647, 2147483647}, Point{0, 0}, Point{2147483647, 5}, Point{9, 9}, whole(1)});
 }
 
 QTEST_GUILESS_MAIN(TransformsTest)

@@ -119,14 +119,38 @@ KVN_INLINE Floats sampleAt(const ConstView& source, float x, float y) {
 }
 
 template <int Channels, bool Weighted>
-KVN_INLINE Floats nearestAt(const ConstView& source, float x, float y) {
-    const auto column =
-        static_cast<std::ptrdiff_t>(between(x + 0.5f, 0, static_cast<float>(source.width) - 0.5f));
-    const auto line =
-        static_cast<std::size_t>(between(y + 0.5f, 0, static_cast<float>(source.height) - 0.5f));
+KVN_INLINE Floats pixelAt(const ConstView& source, int x, int y) {
     Bytes bytes = {};
-    std::memcpy(&bytes, source.data + source.stride * line + column * Channels, Channels);
+    std::memcpy(&bytes,
+                source.data + source.stride * static_cast<std::size_t>(y) +
+                    static_cast<std::ptrdiff_t>(x) * Channels,
+                Channels == 3 ? 4 : Channels);
     return premultiplied<Channels, Weighted>(widened<0, Channels>(bytes));
+}
+
+// On the straight lines between the pixels: good enough where several samples are averaged.
+template <int Channels, bool Weighted>
+KVN_INLINE Floats linearAt(const ConstView& source, float x, float y) {
+    const int lastX = source.width - 1, lastY = source.height - 1;
+    x = between(x, 0, static_cast<float>(lastX));
+    y = between(y, 0, static_cast<float>(lastY));
+    const int left = static_cast<int>(x), top = static_cast<int>(y);
+    const int right = std::min(left + 1, lastX), bottom = std::min(top + 1, lastY);
+    const float tx = x - static_cast<float>(left), ty = y - static_cast<float>(top);
+    const Floats a = pixelAt<Channels, Weighted>(source, left, top);
+    const Floats b = pixelAt<Channels, Weighted>(source, right, top);
+    const Floats c = pixelAt<Channels, Weighted>(source, left, bottom);
+    const Floats d = pixelAt<Channels, Weighted>(source, right, bottom);
+    const Floats above = a + (b - a) * all(tx), below = c + (d - c) * all(tx);
+    return above + (below - above) * all(ty);
+}
+
+template <int Channels, bool Weighted>
+KVN_INLINE Floats nearestAt(const ConstView& source, float x, float y) {
+    const auto lastX = static_cast<float>(source.width - 1);
+    const auto lastY = static_cast<float>(source.height - 1);
+    return pixelAt<Channels, Weighted>(source, static_cast<int>(between(x, 0, lastX) + 0.5f),
+                                       static_cast<int>(between(y, 0, lastY) + 0.5f));
 }
 
 // How the source moves under one pixel of the result.
@@ -163,7 +187,7 @@ KVN_INLINE Floats sampleArea(const WarpRow& row, int i) {
             const float x = row.x[i] + a * steps.acrossX + d * steps.downX;
             const float y = row.y[i] + a * steps.acrossY + d * steps.downY;
             sum += plenty ? nearestAt<Channels, Weighted>(row.source, x, y)
-                          : sampleAt<Channels, Weighted>(row.source, x, y);
+                          : linearAt<Channels, Weighted>(row.source, x, y);
         }
     return sum * all(1 / static_cast<float>(across * down));
 }

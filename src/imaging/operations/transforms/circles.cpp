@@ -35,9 +35,13 @@ double periodsFrom(const Arguments& arguments, std::size_t i) {
     return std::clamp(arguments.number(i), -1000.0, 1000.0);
 }
 
+// Centres further out than any picture is long are as good as this far.
 RadialDistortion about(const Arguments& arguments, std::size_t firstOffset, double radius) {
-    return {static_cast<double>(arguments.integer(firstOffset)),
-            static_cast<double>(arguments.integer(firstOffset + 1)), radius};
+    constexpr int farthest = 200'000;
+    return {
+        static_cast<double>(std::clamp(arguments.integer(firstOffset), -farthest, farthest)),
+        static_cast<double>(std::clamp(arguments.integer(firstOffset + 1), -farthest, farthest)),
+        radius};
 }
 
 constexpr Argument spinArguments[] = {radiusArgument, angleArgument, offsetXArgument,
