@@ -51,6 +51,7 @@ class TextureTest : public QObject {
     void noiseHasItsDistribution();
     void noiseIsIndependent();
     void noiseObeysItsFlags();
+    void halftoneKeepsTheBrightness();
     void neutralArgumentsChangeNothing();
 };
 
@@ -130,6 +131,42 @@ void TextureTest::noiseObeysItsFlags() {
         }
 }
 
+void TextureTest::halftoneKeepsTheBrightness() {
+    for (const ImageType type : {ImageType::Gray8, ImageType::GrayAlpha16, ImageType::Rgba32})
+        for (const int level : {0, 1, 40, 128, 200, 254, 255})
+            for (const int size : {1, 3, 10})
+                for (const bool smooth : {false, true}) {
+                    const auto v = static_cast<std::uint8_t>(level);
+                    const Raster flat = Raster::filled(type, 240, 240, {v, v, v, 77});
+                    const Raster result = runOne("Effects.Halftone", flat, {whole(size), smooth});
+                    for (int c = 0; c < 3; ++c) {
+                        const Moments m = momentsOf(result, level, c);
+                        // The dots at the rim are cut.
+                        QVERIFY2(std::abs(m.mean) < 3,
+                                 qPrintable(QString("%1 %2 %3").arg(level).arg(size).arg(m.mean)));
+                        if (level == 0 || level == 255) QCOMPARE(m.variance, 0.0);
+                    }
+                    bool hard = true;
+                    for (int y = 0; y < 240; ++y)
+                        for (int x = 0; x < 240; ++x) {
+                            const Rgba p = result.pixel(x, y);
+                            hard = hard && (p.g == 0 || p.g == 255);
+                            QCOMPARE(p.a, flat.pixel(x, y).a);
+                        }
+                    QVERIFY(smooth || hard);
+                }
+    // Each ink has its own screen.
+    const Raster gray = Raster::filled(ImageType::Rgb24, 120, 120, {100, 100, 100});
+    const Raster result = runOne("Effects.Halftone", gray, {whole(4), false});
+    int different[3] = {};
+    for (int y = 0; y < 120; ++y)
+        for (int x = 0; x < 120; ++x)
+            for (int c = 0; c < 3; ++c)
+                different[c] += channelAt(result, x, y, c) != channelAt(result, x, y, (c + 1) % 3);
+    for (const int count : different)
+        QVERIFY(count > 120 * 120 / 4);
+}
+
 void TextureTest::neutralArgumentsChangeNothing() {
     for (const ImageType type : everyType) {
         const Raster picture = noise(type, {33, 21});
@@ -137,6 +174,7 @@ void TextureTest::neutralArgumentsChangeNothing() {
             runOne("Effects.Mosaic", picture, {whole(1), whole(1), whole(7)}).samePixels(picture));
         QVERIFY(
             runOne("Effects.Mosaic", picture, {whole(9), whole(5), whole(0)}).samePixels(picture));
+        QVERIFY(runOne("Effects.Halftone", picture, {whole(0), true}).samePixels(picture));
         QVERIFY(runOne("Effects.Noise", picture, {whole(0), whole(0), false, true})
                     .samePixels(picture));
     }
