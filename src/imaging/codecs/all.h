@@ -10,6 +10,7 @@ const Codec& pngCodec();
 const Codec& tiffCodec();
 const Codec& gifCodec();
 const Codec& bmpCodec();
+const Codec& psdCodec();
 const Codec& pcxCodec();
 const Codec& wbmpCodec();
 const Codec& tgaCodec();

@@ -48,6 +48,7 @@ std::span<const Codec* const> codecs() {
         &tiffCodec(),
         &gifCodec(),
         &bmpCodec(),
+        &psdCodec(),
         &pcxCodec(),
         &wbmpCodec(),
         &tgaCodec(),
