@@ -12,6 +12,7 @@ const Codec& gifCodec();
 const Codec& bmpCodec();
 const Codec& psdCodec();
 const Codec& pcxCodec();
+const Codec& icoCodec();
 const Codec& wbmpCodec();
 const Codec& tgaCodec();
 

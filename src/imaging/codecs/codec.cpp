@@ -50,6 +50,7 @@ std::span<const Codec* const> codecs() {
         &bmpCodec(),
         &psdCodec(),
         &pcxCodec(),
+        &icoCodec(),
         &wbmpCodec(),
         &tgaCodec(),
     };
