@@ -21,6 +21,7 @@ constexpr Family families[] = {
     basicGeometryOperations,
     channelOperations,
     filterOperations,
+    paletteOperations,
     resampleOperations,
     textureOperations,
     toneOperations,

@@ -11,6 +11,7 @@ namespace kvn::imaging {
 std::span<const Operation* const> basicGeometryOperations(); // Crop, Flip, ResizeCanvas
 std::span<const Operation* const> channelOperations();       // channels and alpha
 std::span<const Operation* const> filterOperations();        // blurs, means, edges, reliefs
+std::span<const Operation* const> paletteOperations();       // few colours
 std::span<const Operation* const> resampleOperations();      // other sizes, angles, outlines
 std::span<const Operation* const> textureOperations();       // tiles, grain
 std::span<const Operation* const> toneOperations();          // curves of the colour channels

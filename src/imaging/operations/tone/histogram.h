@@ -1,0 +1,23 @@
+// How often each value occurs in a picture.
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+#include "imaging/raster.h"
+#include "imaging/task.h"
+
+namespace kvn::imaging {
+
+using Counts = std::array<std::int64_t, 256>;
+
+// Red, green, blue and luma of the visible pixels (alpha above 0); of all, if none is visible.
+// Palette pictures count the colours of their pixels.
+struct Histogram {
+    Counts red{}, green{}, blue{}, luma{};
+};
+
+// `withLuma` and `withChannels` switch the parts on; the others stay 0.
+Histogram histogramOf(const Raster& source, bool withChannels, bool withLuma, Task& task);
+
+} // namespace kvn::imaging
