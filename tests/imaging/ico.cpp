@@ -115,6 +115,15 @@ void IcoTest::theLargestThenTheDeepest() {
         QCOMPARE(decoded(order).pixel(0, 0).r, std::uint8_t{70});
         QCOMPARE(icoCodec().facts(icon(order), {}).front().fileBits, 24);
     }
+    // Pictures of one depth, as PNG files often are: the directory tells.
+    const File red = written(
+        pngCodec(), {{Raster::filled(ImageType::Rgba32, 3, 3, {255, 0, 0, 255}), nullptr, {}}});
+    const File blue = written(
+        pngCodec(), {{Raster::filled(ImageType::Rgba32, 3, 3, {0, 0, 255, 255}), nullptr, {}}});
+    File named = icon({red, blue});
+    named[6 + 6] = 4;
+    named[6 + 16 + 6] = 32;
+    QCOMPARE(reread(icoCodec(), named).pages.front().raster.pixel(0, 0).b, std::uint8_t{255});
     // What cannot be read does not count.
     const File unknown = bitmap(50, 50, 13, File(9000));
     QCOMPARE(decoded({unknown, oneBit}).width(), 2);

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstring>
 #include <optional>
+#include <tuple>
 
 #include "basic/error.h"
 #include "imaging/codecs/all.h"
@@ -27,10 +28,11 @@ struct Entry {
     int width = 0;
     int height = 0;
     int bits = 0;
+    int namedBits = 0; // by the directory, where the pictures' own depths are the same
     bool isPng = false;
     std::span<const std::uint8_t> data;
 
-    auto rank() const { return std::pair(std::int64_t{width} * height, bits); }
+    auto rank() const { return std::tuple(std::int64_t{width} * height, bits, namedBits); }
 };
 
 bool startsLikePng(std::span<const std::uint8_t> data) {
@@ -43,7 +45,11 @@ std::optional<Entry> pngEntry(std::span<const std::uint8_t> data) {
     const BigFields fields(data);
     const std::uint32_t width = fields.u32(16), height = fields.u32(20), kind = data[25];
     if (width < 1 || height < 1 || width > 0xffff || height > 0xffff || kind > 6) return {};
-    return Entry{static_cast<int>(width), static_cast<int>(height), data[24] * channels[kind], true,
+    return Entry{static_cast<int>(width),
+                 static_cast<int>(height),
+                 data[24] * channels[kind],
+                 0,
+                 true,
                  data};
 }
 
@@ -56,8 +62,8 @@ std::optional<Entry> entryOf(std::span<const std::uint8_t> data) {
     const bool known = bits == 1 || bits == 4 || bits == 8 || bits == 24 || bits == 32;
     const bool plain = fields.u32(16) == 0; // no run lengths
     if (!known || !plain || width < 1 || height < 1 || width > 0xffff || height > 0xffff) return {};
-    return Entry{static_cast<int>(width), static_cast<int>(height), static_cast<int>(bits), false,
-                 data};
+    return Entry{
+        static_cast<int>(width), static_cast<int>(height), static_cast<int>(bits), 0, false, data};
 }
 
 std::span<const std::uint8_t> dataOf(std::span<const std::uint8_t> file, std::size_t index) {
@@ -84,8 +90,11 @@ Entry largestEntry(std::span<const std::uint8_t> file) {
     if (!isIco(file)) refuse("The ICO file has no valid directory.");
     std::optional<Entry> best;
     for (std::size_t i = 0; i < entryCount(file); ++i) {
-        const std::optional<Entry> entry = entryOf(dataOf(file, i));
-        if (entry && (!best || entry->rank() > best->rank())) best = entry;
+        std::optional<Entry> entry = entryOf(dataOf(file, i));
+        if (!entry) continue;
+        entry->namedBits =
+            static_cast<int>(LittleFields(file).u16(directorySize + i * entrySize + 6));
+        if (!best || entry->rank() > best->rank()) best = entry;
     }
     if (!best) refuse("The ICO file has no picture that can be read.");
     return *best;
