@@ -16,13 +16,14 @@ constexpr Argument differenceArguments[] = {
     {"offset", ArgumentKind::Number, -100, 100, "", "is added to it; clamped"},
 };
 
-KVN_CLONES void differences(const std::uint8_t* a, const std::uint8_t* b, std::uint8_t* out,
-                            std::size_t count, float scale, float middle) {
+KVN_CLONES void differences(const std::uint8_t* a, const std::uint8_t* b,
+                            std::uint8_t* __restrict out, std::size_t count, float scale,
+                            float middle) {
     for (std::size_t i = 0; i < count; ++i) {
         const int difference = a[i] - b[i], sum = a[i] + b[i];
         const float share = static_cast<float>(difference) / static_cast<float>(std::max(sum, 1));
-        const float value = std::min(255.0f, std::max(0.0f, share * scale + middle));
-        out[i] = static_cast<std::uint8_t>(static_cast<int>(value + 0.5f));
+        const int value = static_cast<int>(share * scale + middle + 0.5f);
+        out[i] = static_cast<std::uint8_t>(std::min(255, std::max(0, value)));
     }
 }
 
