@@ -31,17 +31,23 @@ constexpr Argument saturationArguments[] = {
     {"level", ArgumentKind::Number, 0, 10, "", "0 grey, 1 as it is; clamped"},
 };
 
-KVN_CLONES void spread(std::uint8_t* values, const std::uint8_t* gray, int level) {
+// `level` in steps of 1/2048. Everything fits into 16 bits, the upper half of the product included,
+// which is four times what is wanted: enough to round.
+KVN_CLONES void spread(std::uint8_t* values, const std::uint8_t* gray, std::int16_t level) {
     for (int i = 0; i < ColorPlanes::size; ++i) {
-        const int v = gray[i] + (((values[i] - gray[i]) * level + 128) >> 8);
-        values[i] = static_cast<std::uint8_t>(std::min(255, std::max(0, v)));
+        const auto distance = static_cast<std::int16_t>((values[i] - gray[i]) * 128);
+        const auto fourfold = static_cast<std::int16_t>((distance * level) >> 16);
+        const auto moved = static_cast<std::int16_t>((fourfold + 2) >> 2);
+        const auto v = static_cast<std::int16_t>(gray[i] + moved);
+        const auto notBelow = v < 0 ? std::int16_t{0} : v;
+        values[i] = static_cast<std::uint8_t>(notBelow > 255 ? std::int16_t{255} : notBelow);
     }
 }
 
 Raster saturation(const Raster& source, const Arguments& arguments, Task& task) {
     const auto level =
-        static_cast<int>(std::lround(std::clamp(arguments.number(0), 0.0, 10.0) * 256));
-    if (level == 256 || isGray(source.type())) return source;
+        static_cast<std::int16_t>(std::lround(std::clamp(arguments.number(0), 0.0, 10.0) * 2048));
+    if (level == 2048 || isGray(source.type())) return source;
     return mapPlanes(source, PlaneResult::SameType, task, [level](ColorPlanes& planes) {
         alignas(64) std::uint8_t gray[ColorPlanes::size];
         lumaOf(planes, gray);

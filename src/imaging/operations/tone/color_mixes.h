@@ -7,7 +7,7 @@
 namespace kvn::imaging {
 
 // Effects.Saturation(level 0..10): every channel moves away from the luma or towards it:
-//   v' = L + level * (v - L), level in steps of 1/256
+//   v' = L + level * (v - L), level in steps of 1/2048
 // 0 gives grey, 1 changes nothing. Grey pictures stay as they are.
 extern const Operation saturationOperation;
 
