@@ -7,21 +7,13 @@
 #include "imaging/operations/support/color_maps.h"
 #include "imaging/operations/support/color_match.h"
 #include "imaging/operations/support/color_planes.h"
+#include "imaging/operations/support/curve_table.h"
 #include "imaging/operations/support/hsl_map.h"
 #include "imaging/operations/support/luma_planes.h"
 #include "imaging/operations/support/simd.h"
 
 namespace kvn::imaging {
 namespace {
-
-template <typename Curve>
-ByteTable tableOf(Curve curve) {
-    ByteTable table;
-    for (int v = 0; v < 256; ++v)
-        table[static_cast<std::size_t>(v)] = static_cast<std::uint8_t>(
-            std::lround(std::clamp(static_cast<double>(curve(v)), 0.0, 255.0)));
-    return table;
-}
 
 bool isGray(ImageType type) {
     return type == ImageType::Gray8 || type == ImageType::GrayAlpha16;

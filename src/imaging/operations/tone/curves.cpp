@@ -4,18 +4,10 @@
 #include <cmath>
 
 #include "imaging/operations/support/color_maps.h"
+#include "imaging/operations/support/curve_table.h"
 
 namespace kvn::imaging {
 namespace {
-
-template <typename Curve>
-ByteTable tableOf(Curve curve) {
-    ByteTable table;
-    for (int v = 0; v < 256; ++v)
-        table[static_cast<std::size_t>(v)] = static_cast<std::uint8_t>(
-            std::lround(std::clamp(static_cast<double>(curve(v)), 0.0, 255.0)));
-    return table;
-}
 
 Raster throughCurve(const Raster& source, const ByteTable& table, Task& task) {
     if (table == identityTable()) return source;
