@@ -1,4 +1,5 @@
 // PSD files of every mode and depth, made byte by byte, and what our own writer makes.
+#include <algorithm>
 #include <bit>
 #include <cmath>
 
@@ -98,6 +99,7 @@ class PsdTest : public QObject {
     void modes();
     void indexed();
     void alphaRule();
+    void oneLayer();
     void packed();
     void largeVariant();
     void missingIsBlackOrClear();
@@ -277,6 +279,27 @@ void PsdTest::alphaRule() {
     QCOMPARE(decoded(builder).type(), ImageType::Rgba32);
     const PsdBuilder grey{.channels = 2, .mode = 1, .pixels = {70, 20}};
     QCOMPARE(decoded(grey).pixel(0, 0), (Rgba{70, 70, 70, 20}));
+}
+
+void PsdTest::oneLayer() {
+    // The layer has the colours as they are, the merged picture has them blended with white.
+    const Raster source = Raster::filled(ImageType::Rgba32, 3, 2, {201, 7, 99, 2});
+    File file = written(psdCodec(), {{source, nullptr, {}}});
+    QVERIFY(reread(psdCodec(), file).pages.front().raster.samePixels(source));
+    QCOMPARE(file.back(), std::uint8_t{2}); // a run of alpha ends the file
+    const File normal{'8', 'B', 'I', 'M', 'n', 'o', 'r', 'm', 255, 0, 0};
+    const auto blend = std::search(file.begin(), file.end(), normal.begin(), normal.end());
+    QVERIFY(blend != file.end());
+    // A layer that is not all that is seen does not count: the merged picture does.
+    File hidden = file, faint = file, moved = file;
+    hidden[static_cast<std::size_t>(blend - file.begin()) + 10] = 2;
+    faint[static_cast<std::size_t>(blend - file.begin()) + 8] = 100;
+    moved[static_cast<std::size_t>(blend - file.begin()) - 4 * 6 - 2 - 1] = 2;
+    for (const File& other : {hidden, faint, moved}) {
+        const Rgba seen = reread(psdCodec(), other).pages.front().raster.pixel(2, 1);
+        QCOMPARE(seen.a, std::uint8_t{2});
+        QVERIFY(seen != source.pixel(2, 1) && seen.g < 70 && seen.r > 130);
+    }
 }
 
 void PsdTest::packed() {

@@ -150,6 +150,10 @@ PsdFile readPsdFile(std::span<const std::uint8_t> file) {
     const auto layers = nextSection(psd.isLarge);
     if (psd.mode == PsdMode::Indexed) setPalette(psd, colorData);
     setAlpha(psd, saysTransparency(layers, psd.isLarge));
+    if (psd.matted && !psd.isLarge && psd.bits == 8 &&
+        (psd.mode == PsdMode::Rgb || psd.mode == PsdMode::Gray))
+        psd.layer = coveringPsdLayer(layers, psd.width, psd.height, psd.colors);
+    if (!psd.layer.empty()) psd.matted = false;
     psd.type = typeOf(psd);
     setPixels(psd, partOf(file, at, file.size()));
     Metadata& meta = psd.resources.metadata;

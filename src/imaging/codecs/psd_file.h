@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <span>
 
+#include "imaging/codecs/psd_layer.h"
 #include "imaging/codecs/psd_resources.h"
 #include "imaging/palette.h"
 #include "imaging/raster.h"
@@ -34,6 +35,8 @@ struct PsdFile {
     // The colours are blended with white by that alpha.
     bool matted = false;
     bool packed = false;
+    // Shown instead of the merged picture, which is the same but for rounding, if not empty.
+    PsdChannels layer;
     ImageType type = ImageType::Rgb24;
     Palette palette; // of an indexed picture
     PsdResources resources;

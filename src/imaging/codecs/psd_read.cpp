@@ -13,44 +13,73 @@ namespace kvn::imaging {
 
 namespace {
 
+// Where the rows of one channel stand.
+struct Plane {
+    std::span<const std::uint8_t> data;
+    bool packed = false;
+    std::vector<std::uint64_t> starts; // and the end of the last one
+};
+
 // The stored rows of the channels that are shown.
 class Planes {
   public:
     explicit Planes(const PsdFile& psd)
-        : psd_(psd), rowBytes_((std::size_t(psd.width) * std::size_t(psd.bits) + 7) / 8) {
-        if (psd.packed) setStarts();
+        : rowBytes_((std::size_t(psd.width) * std::size_t(psd.bits) + 7) / 8) {
+        for (int c = 0; c < psd.colors + psd.alpha; ++c)
+            planes_.push_back(psd.layer.empty() ? mergedPlane(psd, c) : layerPlane(psd, c));
     }
 
     std::size_t rowBytes() const { return rowBytes_; }
 
     // False if the row was not all there; the rest of it stays as it was.
     bool read(int channel, int y, std::span<std::uint8_t> row) const {
-        const std::size_t index = std::size_t(channel) * std::size_t(psd_.height) + std::size_t(y);
-        if (psd_.packed) {
-            const auto data =
-                partOf(psd_.pixels, starts_[index], starts_[index + 1] - starts_[index]);
-            return unpackPsdRow(data, row) == row.size();
-        }
-        const auto data = partOf(psd_.pixels, std::uint64_t{index} * rowBytes_, rowBytes_);
+        const Plane& plane = planes_[static_cast<std::size_t>(channel)];
+        const std::uint64_t start = plane.starts[static_cast<std::size_t>(y)];
+        const std::uint64_t end = plane.starts[static_cast<std::size_t>(y) + 1];
+        const auto data = partOf(plane.data, start, end - start);
+        if (plane.packed) return unpackPsdRow(data, row) == row.size();
         std::ranges::copy(data, row.begin());
         return data.size() == row.size();
     }
 
   private:
-    // A table of the rows' lengths, of all channels, stands before the rows.
-    void setStarts() {
-        const BigFields fields(psd_.pixels);
-        const std::size_t rows = std::size_t(psd_.colors + psd_.alpha) * std::size_t(psd_.height);
-        const std::size_t wide = psd_.isLarge ? 4 : 2;
-        starts_.resize(rows + 1);
-        starts_[0] = std::uint64_t{wide} * std::size_t(psd_.channels) * std::size_t(psd_.height);
-        for (std::size_t i = 0; i < rows; ++i)
-            starts_[i + 1] = starts_[i] + (psd_.isLarge ? fields.u32(4 * i) : fields.u16(2 * i));
+    // The lengths of packed rows, of all channels, stand before the rows.
+    Plane mergedPlane(const PsdFile& psd, int channel) const {
+        const auto height = static_cast<std::size_t>(psd.height);
+        const std::size_t first = static_cast<std::size_t>(channel) * height;
+        std::uint64_t start = std::uint64_t{first} * rowBytes_;
+        if (psd.packed && channel > 0)
+            start = planes_.back().starts.back();
+        else if (psd.packed)
+            start = (psd.isLarge ? 4u : 2u) * std::uint64_t(psd.channels) * height;
+        Plane plane{psd.pixels, psd.packed, {}};
+        setStarts(plane, start, first, height, psd.isLarge);
+        return plane;
     }
 
-    const PsdFile& psd_;
+    Plane layerPlane(const PsdFile& psd, int channel) const {
+        const auto whole = psd.layer[static_cast<std::size_t>(channel)];
+        const auto height = static_cast<std::size_t>(psd.height);
+        Plane plane{whole.subspan(2), BigFields(whole).u16(0) == 1, {}};
+        setStarts(plane, plane.packed ? 2 * std::uint64_t{height} : 0, 0, height, false);
+        return plane;
+    }
+
+    // `first` is the place of the plane's first row in the table of lengths.
+    void setStarts(Plane& plane, std::uint64_t start, std::size_t first, std::size_t height,
+                   bool wide) const {
+        const BigFields fields(plane.data);
+        plane.starts.reserve(height + 1);
+        plane.starts.push_back(start);
+        for (std::size_t i = first; i < first + height; ++i) {
+            std::uint64_t size = rowBytes_;
+            if (plane.packed) size = wide ? fields.u32(4 * i) : fields.u16(2 * i);
+            plane.starts.push_back(plane.starts.back() + size);
+        }
+    }
+
     std::size_t rowBytes_;
-    std::vector<std::uint64_t> starts_; // of the rows in the data, and the end of the last one
+    std::vector<Plane> planes_;
 };
 
 // Samples as fractions of the whole; floating point beyond 0..1 is cut, no number is 0.

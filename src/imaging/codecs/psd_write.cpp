@@ -7,6 +7,7 @@
 #include "imaging/codecs/fields.h"
 #include "imaging/codecs/one_page.h"
 #include "imaging/codecs/psd_file.h"
+#include "imaging/codecs/psd_layer.h"
 #include "imaging/codecs/psd_packbits.h"
 #include "imaging/convert.h"
 #include "imaging/metadata/for_writing.h"
@@ -78,7 +79,7 @@ int channelsOf(ImageType type) {
     return std::max(1, bytesPerPixel(type));
 }
 
-// Everything before the pixels.
+// Everything before the layers.
 Bytes head(const Raster& raster, const Metadata& meta) {
     const PsdMode mode = modeOf(raster.type());
     Bytes out{'8', 'B', 'P', 'S', 0, 1, 0, 0, 0, 0, 0, 0};
@@ -96,16 +97,21 @@ Bytes head(const Raster& raster, const Metadata& meta) {
     }
     putSection(out, colors);
     putSection(out, psdResourcesOf(meta, more));
-    putSection(out, {}); // no layers
     return out;
 }
 
-Bytes packedRow(const Raster& raster, const std::uint8_t* row, int channel) {
-    const int step = channelsOf(raster.type());
+// A row of one channel; `onWhite` blends it with white by the last channel.
+Bytes channelRow(const Raster& raster, const std::uint8_t* row, int channel, bool onWhite) {
+    const auto step = static_cast<std::size_t>(channelsOf(raster.type()));
     const std::size_t size = step == 1 ? raster.rowBytes() : std::size_t(raster.width());
     Bytes line(size);
+    const std::uint8_t* from = row + channel;
     for (std::size_t i = 0; i < size; ++i)
-        line[i] = row[i * static_cast<std::size_t>(step) + static_cast<std::size_t>(channel)];
+        line[i] = from[i * step];
+    if (onWhite && static_cast<std::size_t>(channel) + 1 < step)
+        for (std::size_t i = 0; i < size; ++i)
+            line[i] =
+                static_cast<std::uint8_t>(255 - mul255(255 - line[i], row[(i + 1) * step - 1]));
     if (raster.type() == ImageType::Bit1) {
         // 1 is black in the file.
         if (raster.palette()[1].r != 0)
@@ -114,10 +120,11 @@ Bytes packedRow(const Raster& raster, const std::uint8_t* row, int channel) {
         if (raster.width() % 8 != 0)
             line.back() &= static_cast<std::uint8_t>(0xff00 >> raster.width() % 8);
     }
-    return packPsdRow(line);
+    return line;
 }
 
-void writePixels(const Raster& raster, ByteSink& sink, Task& task) {
+// All rows of one channel after another's.
+std::vector<Bytes> packedRows(const Raster& raster, bool onWhite, Task& task) {
     const ConstView view = raster.view();
     const int channels = channelsOf(raster.type());
     const auto height = static_cast<std::size_t>(view.height);
@@ -126,8 +133,13 @@ void writePixels(const Raster& raster, ByteSink& sink, Task& task) {
         for (int y = y0; y < y1; ++y)
             for (int c = 0; c < channels; ++c)
                 rows[static_cast<std::size_t>(c) * height + static_cast<std::size_t>(y)] =
-                    packedRow(raster, view.row(y), c);
+                    packPsdRow(channelRow(raster, view.row(y), c, onWhite));
     });
+    return rows;
+}
+
+// The compression's number, the rows' lengths, the rows.
+void writeRows(std::span<const Bytes> rows, ByteSink& sink) {
     Bytes table;
     putBig(table, 1, 2); // packed
     for (const Bytes& row : rows)
@@ -135,6 +147,27 @@ void writePixels(const Raster& raster, ByteSink& sink, Task& task) {
     sink.write(table.data(), table.size());
     for (const Bytes& row : rows)
         sink.write(row.data(), row.size());
+}
+
+void writeLayer(const Raster& raster, ByteSink& sink, Task& task) {
+    const std::vector<Bytes> rows = packedRows(raster, false, task);
+    const auto height = static_cast<std::size_t>(raster.height());
+    std::vector<std::uint64_t> sizes;
+    for (std::size_t first = 0; first < rows.size(); first += height) {
+        sizes.push_back(2 + 2 * height);
+        for (std::size_t i = first; i < first + height; ++i)
+            sizes.back() += rows[i].size();
+    }
+    const PsdLayerFrame frame = psdLayerFrame(raster.width(), raster.height(), sizes);
+    sink.write(frame.start.data(), frame.start.size());
+    for (std::size_t first = 0; first < rows.size(); first += height)
+        writeRows(std::span(rows).subspan(first, height), sink);
+    sink.write(frame.end.data(), frame.end.size());
+}
+
+void writeNoLayers(ByteSink& sink) {
+    const Bytes nothing(4);
+    sink.write(nothing.data(), nothing.size());
 }
 
 } // namespace
@@ -147,7 +180,12 @@ void writePsd(const Page& page, ByteSink& sink, Task& task) {
         page.metadata ? metadataForWriting(*page.metadata, raster, gray) : Metadata{};
     const Bytes start = head(raster, meta);
     sink.write(start.data(), start.size());
-    writePixels(raster, sink, task);
+    const bool alpha = raster.type() == ImageType::Rgba32;
+    if (alpha)
+        writeLayer(raster, sink, task);
+    else
+        writeNoLayers(sink);
+    writeRows(packedRows(raster, alpha, task), sink);
 }
 
 } // namespace kvn::imaging
