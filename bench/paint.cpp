@@ -50,11 +50,13 @@ engine::PixelArray photoPixels(bool alpha) {
 
 // One control for each form of picture, all in windows that hold the canvas and both bars.
 engine::ImgX& windowWith(ImageType type) {
-    static engine::Engine engine;
-    static std::map<ImageType, std::unique_ptr<engine::ImgX>> windows;
-    std::unique_ptr<engine::ImgX>& window = windows[type];
+    // Left to the system at the end: the application, which they need to go in order, is gone
+    // before static objects are.
+    static auto& engine = *new engine::Engine;
+    static auto& windows = *new std::map<ImageType, engine::ImgX*>;
+    engine::ImgX*& window = windows[type];
     if (window) return *window;
-    window = std::make_unique<engine::ImgX>(engine, QStringLiteral("ImgX"));
+    window = new engine::ImgX(engine, QStringLiteral("ImgX"));
     const engine::Color gray(200, 200, 200);
     window->setUndoEnabled(false);
     const engine::PixelArray pixels = photoPixels(type == ImageType::Rgba32);
