@@ -126,13 +126,11 @@ void Import::FromImgX(const Image& source, int flag, const QString& label) {
                             const bool changed = source.ref().list->isChanged(from);
                             const bool first = next.pages.empty();
                             PageState& page = detail::pageForReplacing(next, list, target_.page);
-                            page.raster = from.raster;
+                            // Everything but the place in the list is the source's.
+                            const quint64 id = page.id;
+                            page = from;
+                            page.id = id;
                             page.stamp = PageList::nextId();
-                            // A working copy that came from nowhere keeps what the page knows.
-                            if (from.metadata) page.metadata = from.metadata;
-                            if (page.fileType == imaging::FileType::Unknown)
-                                page.fileType = from.fileType;
-                            if (page.name.empty()) page.name = from.name;
                             if (first && !changed) list.markSaved(page);
                         });
 }

@@ -116,7 +116,7 @@ void ImageTest::refusesImpossibleImages() {
 }
 
 void ImageTest::copiesShareUntilOneSideChanges() {
-    const Image source = made(100, 100, 5);
+    Image source = made(100, 100, 5);
     Image copy(*engine_);
     copy.Import().FromImgX(source, 0, "");
     const auto raster = [](const Image& image) -> const imaging::Raster& {
@@ -127,6 +127,17 @@ void ImageTest::copiesShareUntilOneSideChanges() {
     QVERIFY(!raster(copy).sharesPixelsWith(raster(source)));
     QCOMPARE(source.Info().GetPixel(3, 4).RgbGet(), Color(10, 20, 30).RgbGet());
     QCOMPARE(copy.Info().GetPixel(3, 4).RgbGet(), Color(200, 0, 0).RgbGet());
+    // A working copy brings nothing of an earlier picture with it.
+    QTemporaryDir folder;
+    source.Export().Save(folder.filePath("a.png"), 2, 0, -1);
+    Image loaded(*engine_);
+    loaded.Import().FromFile(folder.filePath("a.png"), 0, "no undo");
+    Image working(*engine_);
+    working.Import().FromImgX(loaded, 0, "");
+    QCOMPARE(working.Info().FileType(), 2);
+    working.Import().FromImgX(source, 0, "");
+    QCOMPARE(working.Info().FileType(), 0);
+    QVERIFY(working.Info().Name().isEmpty());
     // A picture can be replaced by a copy of itself.
     copy.Import().FromImgX(copy, 0, "");
     QCOMPARE(copy.Info().GetPixel(3, 4).Red(), quint8(200));
