@@ -126,6 +126,23 @@ class Commands : public QObject {
         QCOMPARE(calls.last(), QString("Preview ImgX.AutoDisplay [true]"));
     }
 
+    void previewFitsItsControl() {
+        frmMain& document = *desk_->create("400", "300");
+        engine::ImgX preview(desk_->engine, "Preview", &document);
+        preview.resize(120, 90);
+        desk_->state.HasSelection = false;
+        desk_->journal.clear();
+        document::SetImage2Buffer2(document, preview);
+        const int side = std::min(preview.ClientWidth(), preview.ClientHeight());
+        QCOMPARE(preview.Info().Width(), side);
+        QCOMPARE(preview.Info().Height(), qRound(side * 0.75));
+        QCOMPARE(document.imgxAction->Info().Width(), 400);
+        QCOMPARE(desk_->journal.engineCalls()
+                     .filter(QString("Preview Geometry.Resize [%1,0,3,\"\"]").arg(side))
+                     .size(),
+                 1);
+    }
+
     void pagesMoveAddAndGo() {
         frmMain& document = *desk_->open(desk_->tiff("p.tif", 3));
         FakeMenus& menus = desk_->menus;
