@@ -12,6 +12,7 @@
 #include "shell/frmAbout.h"
 #include "shell/menu/item.h"
 #include "shell/menu_tree.h"
+#include "shell/settings_windows.h"
 
 namespace kvn::shell {
 
@@ -103,6 +104,9 @@ constexpr Entry entries[] = {
     {"ZoomWindow", menu::single, zoomWindow},
     {"EffectsDitherPalette", menu::single,
      [](const FrameContext& c) { toggle(c.menus, QStringLiteral("mnuEffectsDitherPalette")); }},
+    {"Settings", 0, [](const FrameContext& c) { imageSaveSettings(c.services); }},
+    {"Settings", 1, [](const FrameContext& c) { alphaDisplaySettings(c.services); }},
+    {"Settings", 2, [](const FrameContext& c) { ditherErrorSettings(c.services); }},
     {"Settings", 3, doubleBuffer},
     {"Antialias", menu::single, antialias},
     {"ArrHorizontal", menu::single,

@@ -2,7 +2,9 @@
 // how commands find their documents.
 #include "shell/frame.h"
 
+#include <QCheckBox>
 #include <QClipboard>
+#include <QComboBox>
 #include <QDragEnterEvent>
 #include <QFileInfo>
 #include <QLabel>
@@ -10,9 +12,11 @@
 #include <QMdiArea>
 #include <QMdiSubWindow>
 #include <QMimeData>
+#include <QRadioButton>
 #include <QTextEdit>
 #include <QtTest>
 
+#include "dialogs/frmDialog.h"
 #include "document/report.h"
 #include "shell/command_router.h"
 #include "shell/frame_commands.h"
@@ -63,6 +67,7 @@ class FrameTest : public QObject {
     void closingSavesOnYes();
     void exitAsksNothing();
     void doubleBufferOutOfStepWithoutDocument();
+    void settingsWindowsAskAndStore();
     void viewSwitchesFlipTheirMarks();
     void downloadStaysHiddenUntilItsSlotIsTaken();
     void commandsFindTheirDocuments();
@@ -253,6 +258,57 @@ void FrameTest::doubleBufferOutOfStepWithoutDocument() {
     QCOMPARE(frame.engine.trace().records().back().op, QStringLiteral("ImgX.DoubleBuffer"));
     QVERIFY(frame.window->close());
     QCOMPARE(frame.stored("Double Buffer"), QStringLiteral("True"));
+}
+
+void FrameTest::settingsWindowsAskAndStore() {
+    using dialogs::frmDialog;
+    Frame frame;
+    frame.start();
+    document::Settings& settings = frame.state.settings;
+    QStringList titles;
+    const auto answer = [&](int row, const std::function<void(frmDialog&)>& edit) {
+        frame.user.inDialog = [&titles, edit](frmDialog& dialog) {
+            titles += dialog.windowTitle();
+            edit(dialog);
+        };
+        frame.choose("mnuSettings", row);
+    };
+    frame.open("a.png");
+    frame.engine.trace().clear();
+    answer(0, [](frmDialog& dialog) {
+        QCOMPARE(dialog.number(0), 75.0);
+        QCOMPARE(dialog.cmbCombo(3)->itemText(4), QStringLiteral("Packbits"));
+        dialog.txtText(0)->setText("1000"); // the label's range is advice
+        dialog.chkCheck(2)->setChecked(true);
+        dialog.cmbCombo(3)->setCurrentIndex(6);
+    });
+    QCOMPARE(settings.JpgQuality, qint16(1000));
+    QVERIFY(settings.JpgProgressive && settings.WmfPlaceable && !settings.BmpRle);
+    QCOMPARE(settings.TiffCompression, qint16(6));
+    QCOMPARE(frame.engine.trace().records().front().args, QJsonArray{1000});
+
+    frame.user.said();
+    answer(0, [](frmDialog& dialog) {
+        dialog.txtText(0)->setText("40000");
+        dialog.chkCheck(4)->setChecked(true);
+    });
+    QCOMPARE(frame.user.said().size(), 1); // does not fit: reported, and nothing is stored
+    QVERIFY(settings.JpgQuality == 1000 && !settings.BmpRle);
+
+    answer(1, [](frmDialog& dialog) {
+        QVERIFY(dialog.isChecked(1));
+        dialog.optOption(0)->setChecked(true);
+        dialog.chkCheck(3)->setChecked(false);
+    });
+    QVERIFY(!settings.AlphaDisplayChecker && !settings.FlattenAlphaOnSave);
+    QCOMPARE(settings.BackgroundColor, 16777215);
+    answer(2, [](frmDialog& dialog) {
+        dialog.txtText(0)->setText("7");
+        dialog.Cancelled = true;
+    });
+    QCOMPARE(settings.DitherError, qint16(20));
+    QCOMPARE(titles, QStringList({"Image Save Settings", "Image Save Settings",
+                                  "Alpha Display Settings", "Max Dither Error"}));
 }
 
 void FrameTest::viewSwitchesFlipTheirMarks() {
