@@ -1,6 +1,7 @@
 #include "engine/imgx.h"
 
 #include <QJsonArray>
+#include <QtMath>
 
 #include "engine/detail/imgx_view.h"
 #include "engine/detail/page_list.h"
@@ -20,7 +21,8 @@ class ImgX::Listener : public detail::ListObserver {
     // Single pixels are told of when the control is refreshed, or when the program idles.
     void pixelSet(int x, int y) override {
         if (touched_.isEmpty())
-            QMetaObject::invokeMethod(&control_, [this] { flush(); }, Qt::QueuedConnection);
+            QMetaObject::invokeMethod(
+                &control_, [this] { flush(); }, Qt::QueuedConnection);
         touched_ = touched_.united({x, y, 1, 1});
     }
     void flush() {
@@ -339,10 +341,9 @@ QSize ImgX::sizeHint() const {
     if (!page) return QAbstractScrollArea::sizeHint();
     // One image pixel is one device pixel at 100 percent.
     const double scale = view_->zoom() / devicePixelRatioF();
-    const QSizeF picture(page->raster.width() * scale, page->raster.height() * scale);
     const QMargins frame = contentsMargins();
-    return picture.toSize() +
-           QSize(1 + frame.left() + frame.right(), 1 + frame.top() + frame.bottom());
+    return {qCeil(page->raster.width() * scale) + frame.left() + frame.right(),
+            qCeil(page->raster.height() * scale) + frame.top() + frame.bottom()};
 }
 
 } // namespace kvn::engine
