@@ -9,16 +9,17 @@ if ! command -v dpkg-query >/dev/null; then
     exit 1
 fi
 
+# A release without a number is the coming one.
+release=$(. /etc/os-release && echo "${VERSION_ID:-999}")
+release=${release%%.*}
+
 # First round: everything that is installed already, in one query.
 installed=$(dpkg-query -W -f '${db:Status-Abbrev} ${binary:Package}\n' | sed -n 's/^ii  *\([^:]*\).*/\1/p')
 missing=()
-while read -r kind names; do
+while read -r kind name from; do
     case " $* " in *" $kind "*) ;; *) continue ;; esac
-    found=
-    for name in ${names//|/ }; do
-        grep -qxF -- "$name" <<<"$installed" && found=1 && break
-    done
-    [ -n "$found" ] || missing+=("$names")
+    [ "$release" -ge "${from:-0}" ] || continue
+    grep -qxF -- "$name" <<<"$installed" || missing+=("$name")
 done < <(grep -v '^#' "$here/packages.txt" | grep .)
 [ ${#missing[@]} -gt 0 ] || exit 0
 
@@ -31,13 +32,4 @@ apt() { "${root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -o DPkg::Lock::T
 
 echo "Installing: ${missing[*]}" >&2
 apt update
-wanted=()
-for names in "${missing[@]}"; do
-    choice=
-    for name in ${names//|/ }; do
-        apt-cache show --no-all-versions "$name" >/dev/null 2>&1 && choice=$name && break
-    done
-    [ -n "$choice" ] || { echo "No package of this release gives: $names" >&2; exit 1; }
-    wanted+=("$choice")
-done
-apt install -y --no-install-recommends "${wanted[@]}" >/dev/null
+apt install -y --no-install-recommends "${missing[@]}" >/dev/null
