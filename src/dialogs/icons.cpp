@@ -60,9 +60,15 @@ QPixmap InkIconEngine::pixmap(const QSize& size, QIcon::Mode mode, QIcon::State)
     return result;
 }
 
+// Qt asks in device pixels up to 6.7, and in device independent ones from 6.8 on.
 QPixmap InkIconEngine::scaledPixmap(const QSize& size, QIcon::Mode mode, QIcon::State state,
-                                    qreal) {
+                                    qreal scale) {
+#if QT_VERSION >= QT_VERSION_CHECK(6, 8, 0)
+    return pixmap((QSizeF(size) * scale).toSize(), mode, state);
+#else
+    Q_UNUSED(scale);
     return pixmap(size, mode, state);
+#endif
 }
 
 QIcon icon(const QString& name) {
