@@ -8,7 +8,6 @@ find_package(PNG REQUIRED)
 find_package(TIFF REQUIRED)
 find_package(GIF REQUIRED)
 pkg_check_modules(EXIV2 REQUIRED IMPORTED_TARGET exiv2)
-pkg_check_modules(LZ4 REQUIRED IMPORTED_TARGET liblz4)
 pkg_check_modules(DEFLATE REQUIRED IMPORTED_TARGET libdeflate)
 pkg_check_modules(HWY REQUIRED IMPORTED_TARGET libhwy)
 

@@ -8,7 +8,6 @@
 #include <hwy/highway.h>
 #include <jpeglib.h>
 #include <libdeflate.h>
-#include <lz4.h>
 #include <opencv2/core/utility.hpp>
 #include <png.h>
 #include <tiffio.h>
@@ -43,7 +42,6 @@ std::vector<std::pair<std::string, std::string>> libraryVersions() {
         {"OpenCV", cv::getVersionString()},
         {"Highway", dotted(HWY_MAJOR, HWY_MINOR, HWY_PATCH)},
         {"libdeflate", LIBDEFLATE_VERSION_STRING},
-        {"LZ4", LZ4_versionString()},
     };
 }
 
