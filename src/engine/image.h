@@ -26,6 +26,7 @@ class Effects;
 class Exif;
 class Geometry;
 class Iptc;
+class Palette;
 namespace detail {
 class PageList;
 // A list and, where the handle stays with one page, that page's identity (0: the current one).
@@ -91,7 +92,7 @@ class Info {
     int Height() const;
     int ListIndex() const; // from 0; -1 if the page is gone
     QString Name() const;
-    QList<Color> Palette() const;
+    engine::Palette Palette() const; // declared in engine/palette.h
     int TypeIndex() const;
 
     const detail::PageRef& ref() const { return page_; }

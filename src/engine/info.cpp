@@ -4,6 +4,7 @@
 #include "engine/detail/trace_values.h"
 #include "engine/image.h"
 #include "engine/metadata.h"
+#include "engine/palette.h"
 #include "imaging/convert.h"
 #include "imaging/exif.h"
 
@@ -113,12 +114,8 @@ int Info::TypeIndex() const {
     return static_cast<int>(pageOf(page_).raster.type());
 }
 
-QList<Color> Info::Palette() const {
-    QList<Color> colors;
-    quint8 index = 0;
-    for (const imaging::Rgba& c : pageOf(page_).raster.palette().colors())
-        colors.append(detail::colorOf(c, index++));
-    return colors;
+engine::Palette Info::Palette() const {
+    return engine::Palette(page_);
 }
 
 engine::Image Info::Image() const {

@@ -11,6 +11,8 @@
 #include "engine/image.h"
 #include "engine/image_values.h"
 #include "engine/imgx.h"
+#include "engine/operations.h"
+#include "engine/palette.h"
 
 using namespace kvn;
 using namespace kvn::engine;
@@ -59,6 +61,7 @@ class ImageTest : public QObject {
     void drawingChangesOnlyItsRectangle();
     void changesWithoutAStepGoWithTheStepBefore();
     void namedOperationsRunAndAreTraced();
+    void palettesStandAloneAndInPictures();
     void pixelArraysGoOutAndComeBack();
     void savedPictureIsUnchangedUntilEdited();
     void saveRefusesWhatCannotBeWritten();
@@ -369,6 +372,29 @@ void ImageTest::namedOperationsRunAndAreTraced() {
     QCOMPARE(records[1].args, QJsonArray({8, 6, "#01020304", 1, 1, "Border"}));
     QCOMPARE(*records[1].step, QString("Border"));
     QCOMPARE(failureOf([&] { image.run("Geometry.Nothing", {}, ""); }), errors::memberNotFound);
+}
+
+void ImageTest::palettesStandAloneAndInPictures() {
+    Palette own(*engine_);
+    own.LoadPreset(3);
+    own.Entry(0, Color(1, 2, 3));
+    QCOMPARE(own.Count(), 16);
+    Image image = made(40, 30, 5, Color(1, 2, 3));
+    image.Geometry().ApplyPalette(own, false, "no undo");
+    Palette inPicture = image.Info().Palette();
+    QCOMPARE(inPicture.Count(), 16);
+    inPicture.Entry(0, Color(200, 100, 50));
+    QCOMPARE(image.Info().GetPixel(39, 29).RgbGet(), Color(200, 100, 50).RgbGet());
+    QCOMPARE(own.Colors().front().Red(), uchar{1}); // a palette of its own
+    inPicture.LoadPreset(2);
+    QCOMPARE(image.Info().Palette().Count(), 216);
+    const QStringList calls = operations(engine_->trace());
+    QCOMPARE(calls.last(2), (QStringList{"Palette.Entry", "Palette.LoadPreset"}));
+    QVERIFY(!engine_->trace().records().back().step);
+    QCOMPARE(engine_->trace().records().back().args, QJsonArray{2});
+    QVERIFY(failureOf([&] { own.LoadPreset(9); }) != 0);
+    Image colored = made(4, 4, 5);
+    QVERIFY(failureOf([&] { colored.Info().Palette().Entry(0, Color()); }) != 0);
 }
 
 void ImageTest::pixelArraysGoOutAndComeBack() {

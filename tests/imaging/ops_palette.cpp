@@ -4,6 +4,7 @@
 
 #include "basic/error.h"
 #include "imaging/operation.h"
+#include "imaging/palette_presets.h"
 #include "reference/pictures.h"
 
 using namespace kvn::imaging;
@@ -41,6 +42,8 @@ class PaletteOperationsTest : public QObject {
     void fewColorsStay();
     void clearPixelsStayClear();
     void appliesPalettes();
+    void presetsAreTheKnownSets();
+    void entriesChangeColorsOnly();
 };
 
 void PaletteOperationsTest::ditherKeepsToItsNumber() {
@@ -109,6 +112,56 @@ void PaletteOperationsTest::appliesPalettes() {
     QVERIFY(std::abs(meanOf(mixed, 0) - 96) < 3);
     QVERIFY_EXCEPTION_THROWN(run("Geometry.ApplyPalette", gray, {Palette(), true}),
                              kvn::RuntimeError);
+}
+
+void PaletteOperationsTest::presetsAreTheKnownSets() {
+    const auto has = [](const Palette& palette, Rgba color) {
+        return std::ranges::find(palette.colors(), color) != palette.colors().end();
+    };
+    const Palette system = presetPalette(1), web = presetPalette(2), few = presetPalette(3);
+    QCOMPARE(system.size(), 256u);
+    QCOMPARE(web.size(), 216u);
+    QCOMPARE(few.size(), 16u);
+    QCOMPARE(presetPalette(4), Palette::blackAndWhite());
+    for (const Rgba& color : web.colors()) {
+        QVERIFY(color.r % 51 == 0 && color.g % 51 == 0 && color.b % 51 == 0);
+        QCOMPARE(std::ranges::count(web.colors(), color), 1);
+        QVERIFY(has(system, color));
+    }
+    for (const Rgba& color : few.colors()) {
+        QCOMPARE(std::ranges::count(few.colors(), color), 1);
+        QVERIFY(has(system, color));
+    }
+    QCOMPARE(system[8], (Rgba{192, 220, 192}));
+    QCOMPARE(system[246], (Rgba{255, 251, 240}));
+    for (const int wrong : {-1, 0, 5})
+        QVERIFY_EXCEPTION_THROWN(presetPalette(wrong), kvn::RuntimeError);
+}
+
+void PaletteOperationsTest::entriesChangeColorsOnly() {
+    const Rgba clear{9, 8, 7, 6};
+    for (const ImageType type : everyType) {
+        const Raster source = noise(type, {9, 5});
+        const auto set = [&](std::int64_t index) {
+            return run("Palette.Entry", source, {index, clear});
+        };
+        if (!hasPalette(type)) {
+            QVERIFY_EXCEPTION_THROWN(set(0), kvn::RuntimeError);
+            continue;
+        }
+        const Raster changed = set(1);
+        QVERIFY(changed.sharesPixelsWith(source));
+        QCOMPARE(changed.palette()[1], (Rgba{9, 8, 7, hasAlpha(type) ? clear.a : uchar{255}}));
+        QCOMPARE(changed.palette()[0].r, source.palette()[0].r);
+        if (type == ImageType::Bit1) {
+            QVERIFY_EXCEPTION_THROWN(set(2), kvn::RuntimeError);
+            QVERIFY_EXCEPTION_THROWN(run("Palette.LoadPreset", source, {std::int64_t{2}}),
+                                     kvn::RuntimeError);
+        } else {
+            QCOMPARE(run("Palette.LoadPreset", source, {std::int64_t{3}}).palette(),
+                     presetPalette(3));
+        }
+    }
 }
 
 QTEST_GUILESS_MAIN(PaletteOperationsTest)

@@ -4,6 +4,7 @@
 
 #include "basic/error.h"
 #include "imaging/operations/families.h"
+#include "imaging/operations/palette/palette_entries.h"
 #include "imaging/operations/support/color_maps.h"
 #include "imaging/quantize.h"
 
@@ -64,7 +65,8 @@ const Operation applyPaletteOperation = {
 };
 
 std::span<const Operation* const> paletteOperations() {
-    static constexpr const Operation* list[] = {&applyPaletteOperation, &ditherOperation};
+    static constexpr const Operation* list[] = {&applyPaletteOperation, &ditherOperation,
+                                                &loadPresetOperation, &paletteEntryOperation};
     return list;
 }
 
