@@ -5,6 +5,9 @@
 
 namespace kvn::document {
 
+// The canvas's gesture of dragging a line.
+inline constexpr int lineMode = 7;
+
 struct ToolLook {
     int id;
     int mode;         // the canvas's gesture

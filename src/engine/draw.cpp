@@ -75,18 +75,29 @@ void Draw::Image(const engine::Info& picture, int x, int y, const engine::Color*
                  double opacity, bool flag, const QString& label) {
     const QJsonArray args{
         detail::traced(picture.Image()), x, y, detail::traced(transparent), opacity, flag, label};
+    imaging::DrawOptions options;
+    if (transparent) options.transparent = detail::rgbaOf(*transparent);
+    options.opacity = opacity;
+    compose({"Draw.Image", args, label, "Draw Image"}, picture, x, y, options);
+}
+
+void Draw::MergeImage(const engine::Info& picture, int x, int y, const QString& label) {
+    const QJsonArray args{detail::traced(picture.Image()), x, y, label};
+    imaging::DrawOptions options;
+    options.merge = static_cast<imaging::AlphaMerge>(list_->pen.mergeType);
+    compose({"Draw.MergeImage", args, label, "Merge Image"}, picture, x, y, options);
+}
+
+void Draw::compose(const detail::Call& call, const engine::Info& picture, int x, int y,
+                   const imaging::DrawOptions& options) {
     // Held by value: the picture may be a page of this very list.
     const imaging::Raster source =
         picture.ref().list && picture.ref().list->find(picture.ref().page)
             ? detail::pageOf(picture.ref()).raster
             : imaging::Raster{};
-    const detail::Call call{"Draw.Image", args, label, "Draw Image"};
     detail::changeInPlace(*list_, call, {x, y, source.width(), source.height()},
                           [&](imaging::Raster& target, imaging::Task& task) {
                               detail::pageOf(picture.ref()); // says that there is no image
-                              imaging::DrawOptions options;
-                              if (transparent) options.transparent = detail::rgbaOf(*transparent);
-                              options.opacity = opacity;
                               imaging::drawOver(target, source, {x, y}, options, task);
                           });
 }

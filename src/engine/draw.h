@@ -5,7 +5,15 @@
 
 #include "engine/image.h"
 
+namespace kvn::imaging {
+struct DrawOptions;
+}
+
 namespace kvn::engine {
+
+namespace detail {
+struct Call;
+}
 
 class Draw {
   public:
@@ -23,15 +31,21 @@ class Draw {
     int TextureMode() const;
     void setWidth(int pixels);
     int Width() const;
-    void setMergeType(int type); // 0..8
+    void setMergeType(int type); // 0..8, at first 1, the most opaque
     int MergeType() const;
 
     // Draws a whole image over the current one at x, y, alpha over what is there. Pixels of
     // `transparent` are left out unless it is null. Opacity 0..1.
     void Image(const engine::Info& picture, int x, int y, const engine::Color* transparent,
                double opacity, bool flag, const QString& label);
+    // Draws a whole image over the current one at x, y. Where the current one has alpha, MergeType
+    // says how the picture's alpha meets it.
+    void MergeImage(const engine::Info& picture, int x, int y, const QString& label);
 
   private:
+    void compose(const detail::Call& call, const engine::Info& picture, int x, int y,
+                 const imaging::DrawOptions& options);
+
     std::shared_ptr<detail::PageList> list_;
 };
 

@@ -96,8 +96,8 @@ void storePixel(ImageType type, std::uint8_t* row, int x, Rgba c, NearestIndex& 
 
 // With nothing to mix, stored pixels can be copied: the same type, and the same palette if any.
 bool copiesExactly(const Raster& target, const Raster& source, const DrawOptions& options) {
-    return !options.transparent && options.opacity >= 1 && target.type() == source.type() &&
-           !hasAlpha(source.type()) &&
+    return !options.transparent && options.opacity >= 1 && !options.merge &&
+           target.type() == source.type() && !hasAlpha(source.type()) &&
            (!hasPalette(source.type()) || target.palette() == source.palette());
 }
 
@@ -123,9 +123,11 @@ void drawOver(Raster& target, const Raster& source, Point at, const DrawOptions&
                     c.g == options.transparent->g && c.b == options.transparent->b)
                     continue;
                 c.a = mul255(c.a, strength);
-                if (c.a == 0) continue;
-                storePixel(to.type, out, part.x + x, over(c, loadPixel(target, out, part.x + x)),
-                           nearest);
+                if (c.a == 0 && !options.merge) continue;
+                const Rgba below = loadPixel(target, out, part.x + x);
+                Rgba mixed = over(c, below);
+                if (options.merge) mixed.a = mergedAlpha(*options.merge, below.a, c.a);
+                storePixel(to.type, out, part.x + x, mixed, nearest);
             }
         }
     });

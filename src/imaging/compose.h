@@ -3,6 +3,7 @@
 
 #include <optional>
 
+#include "imaging/alpha_merge.h"
 #include "imaging/raster.h"
 #include "imaging/task.h"
 
@@ -11,6 +12,8 @@ namespace kvn::imaging {
 struct DrawOptions {
     std::optional<Rgba> transparent; // source pixels of this colour (alpha not looked at) stay out
     double opacity = 1.0;            // 0..1, clamped; multiplies the source's alpha
+    // How the target's alpha meets the source's. Nothing: by the rule of "over".
+    std::optional<AlphaMerge> merge;
 };
 
 // Draws `source` over `target` with its top left corner at `at` (Porter and Duff 1984, "over",

@@ -14,8 +14,12 @@ using document::frmMain;
 
 namespace {
 
+QString text(std::string_view view) {
+    return QString::fromUtf8(view.data(), static_cast<qsizetype>(view.size()));
+}
+
 QString memberName(const menu::Item& item) {
-    return QString::fromUtf8(item.member.data(), static_cast<qsizetype>(item.member.size()));
+    return text(item.member);
 }
 
 } // namespace
@@ -28,7 +32,8 @@ bool isBuilt(const menu::Item& item, const document::CommandTable& commands) {
         return FrameCommands::contains(item.member, item.index);
     case menu::Route::Active:
     case menu::Route::All:
-        return commands.contains(memberName(item));
+        return commands.contains(memberName(item)) &&
+               (item.window.empty() || commands.contains(text(item.window)));
     }
     return false;
 }

@@ -39,7 +39,7 @@ struct Pen {
     int lineStyle = 0;
     int width = 1;
     int textureMode = 2;
-    int mergeType = 0;
+    int mergeType = 1;
     engine::Image texture;
 };
 

@@ -35,7 +35,9 @@ constexpr Item negativeItems[] = {
     active("mnuFiltersNegativeCols", 0, "Red"),
     active("mnuFiltersNegativeCols", 1, "Green"),
     active("mnuFiltersNegativeCols", 2, "Blue"),
-    active("mnuFiltersNegativeColor", "By Color...").tip("Negative by a colour of your choice"),
+    active("mnuFiltersNegativeColor", "By Color...")
+        .opens("frmNegativeColor")
+        .tip("Negative by a colour of your choice"),
 };
 
 constexpr Item sharpenItems[] = {
@@ -109,7 +111,9 @@ constexpr Item intensityItems[] = {
 
 constexpr Item adjustItems[] = {
     active("mnuFilters", 0, "AutoBrightness").tip("Find good brightness and contrast"),
-    active("mnuFilters", 2, "Brightness && Contrast...").tip("Change brightness and contrast"),
+    active("mnuFilters", 2, "Brightness && Contrast...")
+        .opens("frmBrightContrast")
+        .tip("Change brightness and contrast"),
     submenu("mnuFilters", 7, "Gamma", gammaItems).tip("Make the middle tones lighter or darker"),
     submenu("mnuFilters", 8, "Intensity", intensityItems).tip("Make all tones lighter or darker"),
 };
@@ -123,7 +127,7 @@ constexpr Item meanItems[] = {
 
 constexpr Item items[] = {
     submenu("mnuFilters", 1, "Blur", blurItems).tip("Blur the picture"),
-    active("mnuFilters", 3, "Colorize...").tip("Give the picture one hue"),
+    active("mnuFilters", 3, "Colorize...").opens("frmColorize").tip("Give the picture one hue"),
     active("mnuFilters", 4, "Despeckle").tip("Remove small specks"),
     submenu("mnuFilters", 5, "Edge Detection", edgeItems).tip("Show the edges of the picture"),
     active("mnuFilters", 33, "Canny Edge Detector").tip("Show the edges as thin lines"),

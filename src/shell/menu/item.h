@@ -26,6 +26,7 @@ struct Item {
     std::span<const Item> children; // a submenu's
     std::string_view shortcut = {}; // portable texts, parted by ' '
     std::string_view hint = {};     // for the status strip; empty: that of the menu above
+    std::string_view window = {};   // a command that its member goes on to call
     std::string_view icon = {};     // freedesktop name or one of ours
     bool isMenu = false;
     bool checkable = false;
@@ -54,6 +55,11 @@ struct Item {
     constexpr Item calls(std::string_view memberName) const {
         Item copy = *this;
         copy.member = memberName;
+        return copy;
+    }
+    constexpr Item opens(std::string_view windowName) const {
+        Item copy = *this;
+        copy.window = windowName;
         return copy;
     }
     constexpr Item marked(bool on = false) const {
