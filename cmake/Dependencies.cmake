@@ -7,9 +7,12 @@ find_package(JPEG REQUIRED)
 find_package(PNG REQUIRED)
 find_package(TIFF REQUIRED)
 find_package(GIF REQUIRED)
+find_package(Freetype REQUIRED)
+find_package(Fontconfig REQUIRED)
 pkg_check_modules(EXIV2 REQUIRED IMPORTED_TARGET exiv2)
 pkg_check_modules(DEFLATE REQUIRED IMPORTED_TARGET libdeflate)
 pkg_check_modules(HWY REQUIRED IMPORTED_TARGET libhwy)
+pkg_check_modules(SODIUM REQUIRED IMPORTED_TARGET libsodium)
 
 # The two OpenCV packages in use bring no CMake configuration of their own.
 find_path(OPENCV_INCLUDE opencv2/imgproc.hpp PATHS /usr/include/opencv4 REQUIRED)
