@@ -17,7 +17,7 @@ void ColorButton::setBackColor(quint32 color) {
     color_ = color & 0xFFFFFF;
     // The value has to be readable without seeing the colour.
     const QString name = fromValue(color_).name();
-    setToolTip(name);
+    setToolTip(name + QStringLiteral(": click to choose another color"));
     setAccessibleDescription(name);
     update();
 }

@@ -89,8 +89,10 @@ void frmDialog::makeBottom() {
     cmdOK_ = new QPushButton(QStringLiteral("OK"), picBottom_);
     cmdOK_->setObjectName(QStringLiteral("cmdOK"));
     cmdOK_->setDefault(true);
+    cmdOK_->setToolTip(QStringLiteral("Go on with these values (Enter)"));
     cmdCancel_ = new QPushButton(QStringLiteral("Cancel"), picBottom_);
     cmdCancel_->setObjectName(QStringLiteral("cmdCancel"));
+    cmdCancel_->setToolTip(QStringLiteral("Leave without a change (Esc)"));
     connect(cmdOK_, &QPushButton::clicked, this, &frmDialog::accept);
     connect(cmdCancel_, &QPushButton::clicked, this, &frmDialog::reject);
 }
@@ -134,6 +136,8 @@ QWidget* frmDialog::makeControl(int row, int kind, const QString& label, const Q
 QWidget* frmDialog::makeText(int row, const QVariant& value) {
     auto* box = new NumberBox(LastText, page_);
     box->setText(shownText(value));
+    box->setToolTip(QStringLiteral("Up and Down change the number by 1, Page Up and Page Down by "
+                                   "10"));
     connect(box, &QLineEdit::textChanged, this, [this, row] { changed(row); });
     return box;
 }

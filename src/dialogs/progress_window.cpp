@@ -1,13 +1,12 @@
 #include "dialogs/progress_window.h"
 
 #include <QCloseEvent>
-#include <QFrame>
 #include <QLabel>
 #include <QPushButton>
 #include <QVBoxLayout>
-#include <algorithm>
 
 #include "dialogs/look.h"
+#include "dialogs/progress_bar.h"
 
 namespace kvn::dialogs {
 
@@ -21,19 +20,17 @@ constexpr Qt::WindowFlags flags = Qt::Dialog | Qt::CustomizeWindowHint | Qt::Win
 } // namespace
 
 ProgressWindow::ProgressWindow(QWidget* owner)
-    : QDialog(owner, flags), picProgress_(new QFrame), picInner_(new QFrame(picProgress_)),
-      lblProgressText_(new QLabel), btnCancel_(new QPushButton(QStringLiteral("&Cancel"))) {
+    : QDialog(owner, flags), picProgress_(new ProgressBar), lblProgressText_(new QLabel),
+      btnCancel_(new QPushButton(QStringLiteral("&Cancel"))) {
     setObjectName(QStringLiteral("frmProgress"));
-    picProgress_->setObjectName(QStringLiteral("picProgress"));
     picProgress_->setFixedHeight(barHeight);
     picProgress_->setMinimumWidth(barWidth);
-    picProgress_->setAccessibleName(QStringLiteral("Progress"));
-    picInner_->setObjectName(QStringLiteral("picInner"));
     lblProgressText_->setObjectName(QStringLiteral("lblProgressText"));
     lblProgressText_->setTextFormat(Qt::PlainText);
     lblProgressText_->setWordWrap(true);
     btnCancel_->setObjectName(QStringLiteral("btnCancel"));
     btnCancel_->setAccessibleName(QStringLiteral("Cancel"));
+    btnCancel_->setToolTip(QStringLiteral("Stop the work and leave the picture as it was"));
     connect(btnCancel_, &QPushButton::clicked, this, &ProgressWindow::cancelClicked);
 
     auto* rows = new QVBoxLayout(this);
@@ -57,19 +54,12 @@ void ProgressWindow::setMessage(const QString& message) {
 
 void ProgressWindow::setStart() {
     setWindowTitle(QStringLiteral("Progress"));
-    setBar(0);
+    picProgress_->setPercent(0);
 }
 
 void ProgressWindow::setPercent(int percent) {
     setWindowTitle(QStringLiteral("Progress %1%").arg(percent));
-    picProgress_->setAccessibleDescription(QStringLiteral("%1%").arg(percent));
-    setBar(percent / 100.0);
-}
-
-void ProgressWindow::setBar(double share) {
-    share_ = std::clamp(share, 0.0, 1.0);
-    const int width = static_cast<int>(picProgress_->width() * share_ + 0.5);
-    picInner_->setGeometry(0, 0, std::max(1, width), picProgress_->height());
+    picProgress_->setPercent(percent);
 }
 
 void ProgressWindow::reject() {
@@ -80,11 +70,6 @@ void ProgressWindow::closeEvent(QCloseEvent* event) {
     if (!isVisible()) return;
     event->ignore();
     emit cancelClicked();
-}
-
-void ProgressWindow::resizeEvent(QResizeEvent* event) {
-    QDialog::resizeEvent(event);
-    setBar(share_);
 }
 
 } // namespace kvn::dialogs

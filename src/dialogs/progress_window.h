@@ -4,11 +4,12 @@
 
 #include <QDialog>
 
-class QFrame;
 class QLabel;
 class QPushButton;
 
 namespace kvn::dialogs {
+
+class ProgressBar;
 
 class ProgressWindow : public QDialog {
     Q_OBJECT
@@ -33,16 +34,11 @@ class ProgressWindow : public QDialog {
 
   protected:
     void closeEvent(QCloseEvent* event) override;
-    void resizeEvent(QResizeEvent* event) override;
 
   private:
-    void setBar(double share);
-
-    QFrame* picProgress_;
-    QFrame* picInner_;
+    ProgressBar* picProgress_;
     QLabel* lblProgressText_;
     QPushButton* btnCancel_;
-    double share_ = 0;
 };
 
 } // namespace kvn::dialogs

@@ -34,7 +34,10 @@ void callMember(frmMain& document, const QString& name, int index) {
 }
 
 bool runCommand(frmMain& document, const QString& name, int index) {
-    if (document.isBusy()) return false;
+    if (document.isBusy()) {
+        sayAtWork(document.services());
+        return false;
+    }
     return guarded(document, [&] { callMember(document, name, index); });
 }
 

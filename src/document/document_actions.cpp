@@ -75,7 +75,10 @@ void showInSlot(const Services& services, frmMain* document) {
 // `fill` puts a picture into the window and returns whether there is one to show.
 bool openInSlot(const Services& services, const std::function<bool(frmMain&)>& fill) {
     const Opening opening(services.state);
-    if (!opening.isFirst()) return false;
+    if (!opening.isFirst()) {
+        sayAtWork(services);
+        return false;
+    }
     QPointer<frmMain> document;
     bool filled = false;
     const bool done = guarded(services.asking, services.host.window(), [&] {
@@ -128,7 +131,10 @@ void openUrl(const Services& services) {
                                                  services.host.window());
     if (url.isEmpty() || url == bare) return;
     const Opening opening(services.state);
-    if (!opening.isFirst()) return;
+    if (!opening.isFirst()) {
+        sayAtWork(services);
+        return;
+    }
     guarded(services.asking, services.host.window(), [&] {
         frmMain* document = takeSlot(services);
         document->hide();
@@ -140,7 +146,10 @@ int openFiles(const Services& services, const QStringList& paths) {
     int opened = 0;
     QStringList unread;
     for (const QString& path : paths) {
-        if (services.state.opening) break;
+        if (services.state.opening) {
+            sayAtWork(services);
+            break;
+        }
         const auto fill = [&](frmMain& document) { return document.LoadFile(path); };
         if (openInSlot(services, fill))
             ++opened;
@@ -153,12 +162,16 @@ int openFiles(const Services& services, const QStringList& paths) {
 
 bool closeAll(const Services& services) {
     const std::vector<frmMain*> open = openDocuments(services.state);
+    const auto isBusy = [](const frmMain* document) { return document->isBusy(); };
+    if (services.state.opening || std::any_of(open.begin(), open.end(), isBusy)) {
+        sayAtWork(services);
+        return false;
+    }
     const auto staysOpen = [&](frmMain* document) {
-        if (document->isBusy()) return true;
         if (!document->Saved) services.host.activate(document);
         return document->askBeforeClose();
     };
-    if (services.state.opening || std::any_of(open.begin(), open.end(), staysOpen)) return false;
+    if (std::any_of(open.begin(), open.end(), staysOpen)) return false;
     for (frmMain* document : open) {
         document->closeWithoutAsking();
         services.host.close(document);

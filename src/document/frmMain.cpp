@@ -68,11 +68,14 @@ void frmMain::makeControls() {
     picBottom = named(new QFrame(this), "picBottom", QStringLiteral("Pixel read-out"));
     picPixelColor =
         named(new QFrame(picBottom), "picPixelColor", QStringLiteral("Color under the pointer"));
+    picPixelColor->setToolTip(picPixelColor->accessibleName());
     picPixelColor->setFrameShape(QFrame::Box);
     picPixelColor->setAutoFillBackground(true);
     picPixelColor->setFixedSize(16, 16);
     lblStatus = named(new QLabel(picBottom), "lblStatus", QString());
     lblStatus->setTextFormat(Qt::PlainText);
+    lblStatus->setToolTip(QStringLiteral("The pixel under the pointer: place, palette entry, red, "
+                                         "green, blue, alpha; and the picture's color depth"));
     // The blanks in the text stand in columns, and a narrow window may cut it.
     lblStatus->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     auto* strip = new QHBoxLayout(picBottom);

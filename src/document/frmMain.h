@@ -17,6 +17,10 @@ class QFrame;
 class QLabel;
 class QTextEdit;
 
+namespace kvn::dialogs {
+class frmDialog;
+}
+
 namespace kvn::document {
 
 class frmMain : public QWidget {
@@ -41,6 +45,10 @@ class frmMain : public QWidget {
     engine::ImgX* imgxAction = nullptr; // the working copy of commands
     engine::ImgX* ImgXBuffer = nullptr; // stands there, takes no part
     engine::Dialog Dialog;
+
+    QPointer<dialogs::frmDialog> frmDlg; // the open parameter dialog
+    bool WarpArmed = false;              // the next line drag warps the picture
+    int modeBeforeWarp = 0;              // the tool mode that comes back afterwards
 
     QFrame* picImgX = nullptr;
     QTextEdit* TextInput = nullptr;
@@ -77,6 +85,9 @@ class frmMain : public QWidget {
     // The drawing mode and pointer of a tool, on this document.
     void SetCurrTool(int tool);
 
+    // What follows a change of the picture: lists, menus and read-outs, and it is unsaved.
+    void imageChanged();
+
     const Services& services() const { return services_; }
 
     // True while a command is at work on this document. It takes no other one and stays open.
@@ -101,6 +112,7 @@ class frmMain : public QWidget {
   protected:
     void closeEvent(QCloseEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
 
   private:
     void makeControls();
@@ -114,9 +126,10 @@ class frmMain : public QWidget {
     void write(const QString& path, int typeCode);
     void leaveSlot();
 
-    void imageChanged();
     void regionChanged(double left, double top, double width, double height);
-    void mouseDown(int button);
+    void regionFinished(int x1, int y1, int x2, int y2, bool* cancel);
+    void mouseDown(int button, QPoint place); // canvas pixels
+    void showContextMenu(QPoint place);       // screen pixels
     void keyDown(int code, int shift);
     void progress(int percent, const QString& message, bool* cancel);
     void download(qint64 read, qint64 total, bool* cancel);

@@ -69,7 +69,9 @@ void frmMain::RaiseError(const RuntimeError& error) {
 void frmMain::closeEvent(QCloseEvent* event) {
     // A close that comes from inside the message pump would take the picture from under its own
     // command.
-    const bool refused = isBusy() || (!unasked_ && KillMe());
+    const bool busy = isBusy();
+    if (busy) sayAtWork(services_);
+    const bool refused = busy || (!unasked_ && KillMe());
     if (refused) {
         event->ignore();
         return;

@@ -1,4 +1,6 @@
 // What a document does when its engine controls report something.
+#include <QContextMenuEvent>
+
 #include "dialogs/frmProgress.h"
 #include "document/document_menus.h"
 #include "document/frmMain.h"
@@ -7,11 +9,14 @@
 #include "document/roles.h"
 #include "document/tools.h"
 #include "document/view.h"
+#include "engine/operations.h"
 
 namespace kvn::document {
 namespace {
 
-constexpr int leftButton = 1;
+constexpr int leftButton = 1, rightButton = 2;
+constexpr int textTool = 15; // its right button ends the text
+constexpr int panMode = 2;
 constexpr int controlKey = 2; // the whole shift state
 constexpr double smallestSelection = 2;
 
@@ -34,8 +39,14 @@ void frmMain::connectEvents() {
         if (!filling_) markCurrentPage(*this);
     });
     connect(shown, &ImgX::RegionChanged, this, &frmMain::regionChanged);
+    connect(shown, &ImgX::RegionFinished, this,
+            [=, this](int x1, int y1, int x2, int y2, bool* cancel) {
+                safely([=, this] { regionFinished(x1, y1, x2, y2, cancel); });
+            });
     connect(shown, &ImgX::ZoomChanged, this, [this] { showZoomTitle(*this); });
-    connect(shown, &ImgX::MouseDown, this, [this](int button) { mouseDown(button); });
+    connect(shown, &ImgX::MouseDown, this, [=, this](int button, int, int x, int y) {
+        mouseDown(button, {x, y});
+    });
     connect(shown, &ImgX::ImageMouseMove, this, [=, this](int, int, int x, int y) {
         safely([=, this] { ShowPixelInfo(*this, x, y); });
     });
@@ -68,8 +79,33 @@ void frmMain::regionChanged(double left, double top, double width, double height
     state.HasSelection = width > smallestSelection || height > smallestSelection;
 }
 
-void frmMain::mouseDown(int button) {
+// The line was only meant to show where to warp: it is not drawn, and the tool from before the
+// command comes back unless another was chosen meanwhile.
+void frmMain::regionFinished(int x1, int y1, int x2, int y2, bool* cancel) {
+    if (!WarpArmed) return;
+    WarpArmed = false;
+    *cancel = true;
+    if (ImgX->ToolMode() == lineMode) ImgX->setToolMode(modeBeforeWarp);
+    ImgX->Geometry().Warp(x1, y1, x2, y2, {});
+}
+
+// Where the right button is free, it opens the menu: with tools that leave the picture alone.
+void frmMain::mouseDown(int button, QPoint place) {
     if (button == leftButton) services_.state.HasSelection = false;
+    const int mode = ImgX->ToolMode();
+    const bool isFree = services_.state.CurrentTool != textTool && (mode == 0 || mode == panMode);
+    if (button == rightButton && isFree) showContextMenu(ImgX->viewport()->mapToGlobal(place));
+}
+
+void frmMain::showContextMenu(QPoint place) {
+    RefreshCropMenu(*this);
+    services_.menus.popUp(QStringLiteral("mnumEffects"), place);
+}
+
+// The key that opens context menus; a mouse button has been dealt with by its press.
+void frmMain::contextMenuEvent(QContextMenuEvent* event) {
+    if (event->reason() == QContextMenuEvent::Keyboard && ImgX->hasFocus())
+        showContextMenu(ImgX->viewport()->mapToGlobal(ImgX->viewport()->rect().center()));
 }
 
 void frmMain::keyDown(int code, int shift) {

@@ -5,6 +5,7 @@
 #include "basic/error.h"
 #include "dialogs/asking.h"
 #include "document/frmMain.h"
+#include "document/roles.h"
 
 namespace kvn::document {
 
@@ -28,6 +29,11 @@ void reportNumberedError(frmMain& document, const RuntimeError& error) {
          .icon = dialogs::Icon::Exclamation,
          .buttons = dialogs::Buttons::Ok,
          .owner = &document});
+}
+
+void sayAtWork(const Services& services) {
+    services.rules.say(
+        QStringLiteral("A document is still at work: wait for its end, or cancel it"));
 }
 
 bool guarded(dialogs::Asking& asking, QWidget* owner, const std::function<void()>& work) {

@@ -3,6 +3,7 @@
 
 #include <QString>
 
+class QPoint;
 class QWidget;
 
 namespace kvn::document {
@@ -22,6 +23,8 @@ class MenuState {
     // Makes the group have exactly the items `first` to `first + count - 1` behind its designed
     // ones, adding and removing at the end. Captions are then set one by one.
     virtual void resizeGroup(const QString& name, int first, int count) = 0;
+    // Shows a menu of the tree as a context menu, in screen coordinates; not while it is disabled.
+    virtual void popUp(const QString& name, const QPoint& place) = 0;
 };
 
 // The frame's rules and read-outs.
@@ -32,6 +35,8 @@ class FrameRules {
     virtual void ImageMenusEnabled(bool enable) = 0;
     virtual void UpdateStatus(const QString& x, const QString& y, const QString& width,
                               const QString& height) = 0;
+    // A short remark in the status strip, for what needs no answer.
+    virtual void say(const QString& text) = 0;
     // Changes the current tool on the frame and on every open document.
     virtual void SelectTool(int tool) = 0;
 };

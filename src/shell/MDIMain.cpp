@@ -40,6 +40,8 @@ using document::frmMain;
 
 namespace {
 
+constexpr int remarkTime = 8000; // milliseconds that a remark stands in the status strip
+
 QStringList localFiles(const QMimeData& data) {
     QStringList paths;
     for (const QUrl& url : data.urls())
@@ -84,6 +86,10 @@ void MDIMain::buildBars() {
     }
     statusBar()->setObjectName(QStringLiteral("StatusBar"));
     statusBar()->setSizeGripEnabled(false);
+    // The strip paints its text, so nobody else would learn of it.
+    statusBar()->setAccessibleName(QStringLiteral("Status"));
+    connect(statusBar(), &QStatusBar::messageChanged, statusBar(),
+            &QWidget::setAccessibleDescription);
     auto* client = new QWidget(this);
     TopBar_ = new TopBar(client);
     LeftBar_ = new ToolBar(client);
@@ -178,6 +184,10 @@ void MDIMain::ImageMenusEnabled(bool enable) {
 void MDIMain::UpdateStatus(const QString& x, const QString& y, const QString& width,
                            const QString& height) {
     TopBar_->UpdateStatus(x, y, width, height);
+}
+
+void MDIMain::say(const QString& text) {
+    statusBar()->showMessage(text, remarkTime);
 }
 
 void MDIMain::SelectTool(int tool) {

@@ -53,6 +53,7 @@ class MDIMain : public QMainWindow, public document::FrameRules, public document
     void ImageMenusEnabled(bool enable) override;
     void UpdateStatus(const QString& x, const QString& y, const QString& width,
                       const QString& height) override;
+    void say(const QString& text) override;
     void SelectTool(int tool) override;
     void applySkin(QWidget* widget, const QString& skin) override;
 

@@ -8,6 +8,7 @@
 #include "document/document_actions.h"
 #include "document/frmMain.h"
 #include "document/program_state.h"
+#include "document/report.h"
 #include "shell/document_windows.h"
 #include "shell/frmAbout.h"
 #include "shell/menu/item.h"
@@ -36,7 +37,10 @@ void toggle(MenuTree& menus, const QString& name, int index = menu::single) {
 // Two steps, each with its own undo.
 void cut(const FrameContext& context) {
     frmMain& form = activeForm(context);
-    if (form.isBusy()) return;
+    if (form.isBusy()) {
+        document::sayAtWork(context.services);
+        return;
+    }
     document::callMember(form, QStringLiteral("Copy"));
     document::callMember(form, QStringLiteral("Delete"));
 }

@@ -36,6 +36,7 @@ GradientStrip::GradientStrip(QWidget* parent) : QWidget(parent) {
     setToolTip(QStringLiteral("Left click takes the foreground color, right click the background"));
     setStatusTip(QStringLiteral("Take a colour between foreground and background; by keyboard: "
                                 "arrows, then Space or Shift+Space"));
+    setAccessibleDescription(statusTip());
     setFocusPolicy(Qt::TabFocus);
     setFixedHeight(20);
 }

@@ -7,6 +7,7 @@
 
 #include "dialogs/look.h"
 #include "shell/menu/tree.h"
+#include "shell/menu_access.h"
 
 namespace kvn::shell {
 
@@ -45,6 +46,7 @@ QString menuObjectName(std::string_view name, int index) {
 }
 
 MenuTree::MenuTree(QMenuBar& bar, const Available& available) : bar_(bar), available_(available) {
+    installMenuAccess();
     for (const menu::Item& item : menu::tree()) {
         QMenu* menu = addMenu(item, {}, bar);
         bar.addMenu(menu);
@@ -56,6 +58,7 @@ QMenu* MenuTree::addMenu(const menu::Item& item, std::string_view hint, QWidget&
     auto* menu = new QMenu(text(item.caption), &parent);
     menu->setObjectName(menuObjectName(item.name, item.index));
     menu->installEventFilter(this);
+    menu->setAccessibleName(menuCaption(text(item.caption)));
     if (!item.icon.empty()) menu->setIcon(dialogs::icon(text(item.icon)));
     explain(*menu->menuAction(), explanation(item, hint), true);
     fill(*menu, item.children, item.hint);
@@ -169,6 +172,11 @@ void MenuTree::setCaption(const QString& name, int index, const QString& caption
 
 void MenuTree::setVisible(const QString& name, int index, bool on) {
     if (Node* node = find(name, index)) node->action->setVisible(on);
+}
+
+void MenuTree::popUp(const QString& name, const QPoint& place) {
+    QMenu* menu = menuOf(name);
+    if (menu && menu->menuAction()->isEnabled()) menu->popup(place);
 }
 
 void MenuTree::setDetail(const QString& name, int index, const QString& detail) {

@@ -36,6 +36,7 @@ class MenuTree : public QObject, public document::MenuState {
     void setCaption(const QString& name, int index, const QString& caption) override;
     void setVisible(const QString& name, int index, bool on) override;
     void resizeGroup(const QString& name, int first, int count) override;
+    void popUp(const QString& name, const QPoint& place) override;
 
     void setAllEnabled(bool on);
     // What an item's explanation ends with, such as the step that Undo takes back.

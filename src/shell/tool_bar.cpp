@@ -24,15 +24,17 @@ int rows(int count, int columns) {
 ToolBar::ToolBar(QWidget* parent) : QFrame(parent) {
     setObjectName(QStringLiteral("LeftBar"));
     setAccessibleName(QStringLiteral("Tools"));
-    bars_.push_back(makeBar("asxBars1", 0, viewTools, 0));
-    bars_.push_back(
-        makeBar("asxBars2", viewTools, static_cast<int>(tools().size()) - viewTools, gap));
+    bars_.push_back(makeBar("asxBars1", "View tools", 0, viewTools, 0));
+    bars_.push_back(makeBar("asxBars2", "Drawing tools", viewTools,
+                            static_cast<int>(tools().size()) - viewTools, gap));
     arrange();
 }
 
-ToolBar::Bar ToolBar::makeBar(const char* name, int first, int count, int gapBefore) {
+ToolBar::Bar ToolBar::makeBar(const char* name, const char* title, int first, int count,
+                              int gapBefore) {
     Bar bar{new QFrame(this), {}, gapBefore};
     bar.frame->setObjectName(QString::fromLatin1(name));
+    bar.frame->setAccessibleName(QString::fromLatin1(title));
     for (const Tool& tool :
          tools().subspan(static_cast<std::size_t>(first), static_cast<std::size_t>(count))) {
         auto* button = new QToolButton(bar.frame);

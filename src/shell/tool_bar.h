@@ -36,7 +36,7 @@ class ToolBar : public QFrame {
         int gapBefore;
     };
 
-    Bar makeBar(const char* name, int first, int count, int gap);
+    Bar makeBar(const char* name, const char* title, int first, int count, int gap);
     int columnsFor(int height) const;
     int heightWith(int columns) const;
     void arrange();

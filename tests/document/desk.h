@@ -3,19 +3,16 @@
 #pragma once
 
 #include <QComboBox>
-#include <QDialog>
 #include <QFile>
 #include <QImage>
 #include <QJsonDocument>
 #include <QLineEdit>
 #include <QTemporaryDir>
 #include <QTest>
-#include <deque>
 #include <functional>
 #include <map>
 
 #include "basic/error.h"
-#include "dialogs/asking.h"
 #include "dialogs/frmDialog.h"
 #include "dialogs/frmProgress.h"
 #include "document/commands.h"
@@ -25,65 +22,11 @@
 #include "document/roles.h"
 #include "engine/engine.h"
 #include "engine/trace.h"
+#include "support/scripted_user.h"
 
 namespace kvn::test {
 
 using document::frmMain;
-
-// Answers in the order they were given; a question without an answer fails the test.
-class ScriptedUser : public dialogs::Asking {
-  public:
-    std::deque<dialogs::Answer> answers;
-    std::deque<engine::FileAnswer> files;
-    std::deque<QString> inputs;
-    std::function<void(dialogs::frmDialog&)> inDialog;
-
-    std::vector<dialogs::Message> messages;
-    std::vector<engine::FileRequest> requests;
-    QStringList prompts;
-
-    dialogs::Answer message(const dialogs::Message& message) override {
-        messages.push_back(message);
-        if (message.buttons == dialogs::Buttons::Ok) return dialogs::Answer::Ok;
-        return take(answers, dialogs::Answer::Cancel);
-    }
-    QString inputBox(const QString& prompt, const QString&, const QString& text,
-                     QWidget*) override {
-        prompts += prompt + u'|' + text;
-        return take(inputs, QString());
-    }
-    std::optional<quint32> color(quint32, QWidget*) override { return {}; }
-    void showModal(QDialog& window) override {
-        auto& dialog = dynamic_cast<dialogs::frmDialog&>(window);
-        QVERIFY2(inDialog, "an unexpected dialog");
-        inDialog(dialog);
-    }
-    engine::FileAnswer chooseFile(const engine::FileRequest& request) override {
-        requests.push_back(request);
-        return take(files, engine::FileAnswer{});
-    }
-
-    // What was said since the last call, each as "title|text".
-    QStringList said() {
-        QStringList all;
-        for (const dialogs::Message& message : messages)
-            all += message.title + u'|' + message.text;
-        messages.clear();
-        return all;
-    }
-
-  private:
-    template <typename T>
-    static T take(std::deque<T>& from, T otherwise) {
-        if (from.empty()) {
-            QTest::qFail("a question without an answer", __FILE__, __LINE__);
-            return otherwise;
-        }
-        T first = from.front();
-        from.pop_front();
-        return first;
-    }
-};
 
 // The journal of a test, in call order.
 class Journal {
@@ -134,6 +77,7 @@ class FakeMenus : public document::MenuState {
     };
     std::map<std::pair<QString, int>, Item> items;
     std::map<QString, std::pair<int, int>> groups; // first and count
+    QStringList poppedUp;
 
     void setEnabled(const QString& name, int index, bool on) override {
         items[{name, index}].enabled = on;
@@ -156,6 +100,7 @@ class FakeMenus : public document::MenuState {
     void resizeGroup(const QString& name, int first, int count) override {
         groups[name] = {first, count};
     }
+    void popUp(const QString& name, const QPoint&) override { poppedUp += name; }
     Item& item(const QString& name, int index) { return items[{name, index}]; }
     QStringList captions(const QString& name) const {
         QStringList all;
@@ -168,7 +113,7 @@ class FakeMenus : public document::MenuState {
 class FakeRules : public document::FrameRules {
   public:
     explicit FakeRules(Journal& journal) : journal_(journal) {}
-    QStringList status;
+    QStringList status, said;
 
     void EnDisMenuItems(bool enable) override {
         journal_.note("EnDisMenuItems(" + text(enable) + ")");
@@ -180,6 +125,7 @@ class FakeRules : public document::FrameRules {
                       const QString& height) override {
         status = {x, y, width, height};
     }
+    void say(const QString& text) override { said += text; }
     void SelectTool(int tool) override { journal_.note(QString("SelectTool(%1)").arg(tool)); }
 
   private:
