@@ -4,10 +4,10 @@
 #include "imaging/codec_pages.h"
 #include "imaging/codecs/all.h"
 #include "imaging/codecs/jpeg_segments.h"
+#include "imaging/exif.h"
 #include "imaging/metadata/copy.h"
 #include "imaging/metadata/exif_block.h"
 #include "imaging/metadata/for_writing.h"
-#include "imaging/metadata/tag_list.h"
 #include "imaging/support/exif_maker.h"
 
 using namespace kvn;
@@ -36,8 +36,8 @@ Raster thumbnailOf(const Metadata& metadata) {
     return reread(jpegCodec(), exifThumbnail(metadata)).pages.front().raster;
 }
 
-std::string valueOf(const std::vector<Tag>& tags, std::string_view name) {
-    for (const Tag& tag : tags)
+std::string valueOf(const std::vector<MetadataTag>& tags, std::string_view name) {
+    for (const MetadataTag& tag : tags)
         if (tag.name == name) return tag.value;
     return "none";
 }

@@ -39,7 +39,8 @@ Metadata fullMetadata(const Bytes& exif) {
     Metadata meta;
     meta.xDpi = 300;
     meta.yDpi = 150;
-    meta.icc = {1, 2, 3, 4, 5};
+    meta.icc.resize(19, 1);
+    meta.icc.insert(meta.icc.begin() + 16, {'R', 'G', 'B', ' '});
     meta.xmp = {'<', 'x', '/', '>'};
     meta.photoshop = {'8', 'B', 'I', 'M', 4, 4, 0, 0, 0, 0, 0, 0};
     meta.iptc = {0x1c, 2, 5, 0, 3, 'a', 'b', 'c'}; // not a whole number of 32-bit words with

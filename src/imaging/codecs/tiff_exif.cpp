@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 
 namespace kvn::imaging {
 
@@ -13,21 +14,43 @@ bool isPointer(std::uint16_t tag) {
     return tag == cameraTag || tag == positionTag || tag == interoperabilityTag;
 }
 
-// Of a page's own directory. Those of type text go back into a TIFF page.
-constexpr std::array<std::uint16_t, 7> textTags{271,           // maker
-                                                272,           // model
-                                                305,           // program
-                                                306,           // time
-                                                315,           // artist
-                                                316,           // computer
-                                                33432};        // copyright
-constexpr std::array<std::uint16_t, 7> otherTags{18246, 18249, // rating
-                                                 40091, 40092, 40093,
-                                                 40094, 40095}; // title, comment, author, ...
+// What is carried of a page's own directory.
+constexpr std::array<std::uint16_t, 18> ownTags{269,    // document
+                                                270,    // description
+                                                271,    // maker
+                                                272,    // model
+                                                305,    // program
+                                                306,    // time
+                                                315,    // artist
+                                                316,    // computer
+                                                318,    // white point
+                                                319,    // primary colours
+                                                18246,  // rating
+                                                18249,  // the same in percent
+                                                33432,  // copyright
+                                                40091,  // title
+                                                40092,  // comment
+                                                40093,  // author
+                                                40094,  // keywords
+                                                40095}; // subject
 
-bool isCarried(std::uint16_t tag) {
-    return std::ranges::find(textTags, tag) != textTags.end() ||
-           std::ranges::find(otherTags, tag) != otherTags.end();
+// Longer ones are data of some program in the place of a text, and a JPEG file has no room for
+// them.
+constexpr std::size_t longestOwnValue = 8192;
+
+bool isCarried(const TiffEntry& entry) {
+    return std::ranges::find(ownTags, entry.tag) != ownTags.end() && !entry.value.empty() &&
+           entry.value.size() <= longestOwnValue;
+}
+
+// A fraction is two numbers.
+void turnValue(Bytes& value, std::uint16_t type, bool turns) {
+    constexpr std::uint16_t fraction = 5, signedFraction = 10;
+    const bool halves = type == fraction || type == signedFraction;
+    const std::ptrdiff_t size = halves ? 4 : tiffTypeSize(type);
+    if (!turns || size < 2) return;
+    for (auto at = value.begin(); value.end() - at >= size; at += size)
+        std::reverse(at, at + size);
 }
 
 // Lays directories out one behind the other.
@@ -109,15 +132,10 @@ class Layout {
         bytes_.insert(bytes_.end(), value.begin(), value.end());
     }
 
-    // The value in the new file's byte order. A fraction is two numbers.
+    // The value in the new file's byte order.
     Bytes turned(const TiffEntry& entry) const {
         Bytes value(entry.value.begin(), entry.value.end());
-        constexpr std::uint16_t fraction = 5, signedFraction = 10;
-        const bool halves = entry.type == fraction || entry.type == signedFraction;
-        const std::ptrdiff_t size = halves ? 4 : tiffTypeSize(entry.type);
-        if (source_.bigEndian() == bigEndian_ || size < 2) return value;
-        for (auto at = value.begin(); value.end() - at >= size; at += size)
-            std::reverse(at, at + size);
+        turnValue(value, entry.type, source_.bigEndian() != bigEndian_);
         return value;
     }
 
@@ -139,6 +157,13 @@ void keepPlaceOfNote(Layout& layout, const TiffStructure& source, const TiffDire
     if (note) layout.keepPlaceOf(*note);
 }
 
+// The value in the byte order of this machine.
+Bytes nativeValue(const TiffStructure& source, const TiffEntry& entry) {
+    Bytes value(entry.value.begin(), entry.value.end());
+    turnValue(value, entry.type, source.bigEndian() != (std::endian::native == std::endian::big));
+    return value;
+}
+
 constexpr int pointerDepth = 2;
 
 } // namespace
@@ -146,7 +171,7 @@ constexpr int pointerDepth = 2;
 Bytes exifOfTiffPage(const TiffStructure& file, const TiffDirectory& page) {
     std::vector<TiffEntry> entries;
     for (const TiffEntry& entry : page.entries)
-        if (isCarried(entry.tag) || entry.tag == cameraTag || entry.tag == positionTag)
+        if (isCarried(entry) || entry.tag == cameraTag || entry.tag == positionTag)
             entries.push_back(entry);
     if (entries.empty()) return {};
     Layout layout(file, 0, file.bigEndian());
@@ -174,9 +199,9 @@ PlacedExif placeExif(const Bytes& exif, std::uint32_t position, bool bigEndian) 
     keepPlaceOfNote(layout, block, *main);
     placed.camera = place(cameraTag);
     placed.position = place(positionTag);
-    for (const std::uint16_t tag : textTags)
-        if (const TiffEntry* entry = main->find(tag); entry && entry->type == 2)
-            placed.texts.emplace_back(tag, TiffStructure::text(*entry));
+    for (const TiffEntry& entry : main->entries)
+        if (isCarried(entry))
+            placed.own.push_back({entry.tag, entry.type, nativeValue(block, entry)});
     placed.bytes = std::move(layout.bytes());
     return placed;
 }

@@ -95,8 +95,7 @@ MetadataRef tiffMetadata(const TiffStructure& file, const TiffDirectory& page,
 }
 
 std::string tiffPageName(const TiffDirectory& page) {
-    const std::string name = textOf(page, TIFFTAG_PAGENAME);
-    return name.empty() ? textOf(page, TIFFTAG_DOCUMENTNAME) : name;
+    return textOf(page, TIFFTAG_PAGENAME);
 }
 
 void writeTiffMetadata(const TiffWriter& writer, const Metadata& meta) {

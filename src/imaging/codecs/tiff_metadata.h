@@ -13,7 +13,6 @@ namespace kvn::imaging {
 MetadataRef tiffMetadata(const TiffStructure& file, const TiffDirectory& page,
                          const TiffLayout& layout);
 
-// The page's name, or else the document's.
 std::string tiffPageName(const TiffDirectory& page);
 
 // Sets the fields of the writer's current page, EXIF left out.

@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 
 #include "basic/error.h"
 #include "imaging/codecs/tiff_exif.h"
 #include "imaging/codecs/tiff_metadata.h"
 #include "imaging/codecs/tiff_strips.h"
+#include "imaging/metadata/for_writing.h"
 
 namespace kvn::imaging {
 
@@ -77,15 +79,56 @@ void writeStrips(const TiffWriter& writer, const TiffForm& form, Task& task) {
     }
 }
 
-void writeExif(const TiffWriter& writer, ByteSink& sink, const Bytes& exif) {
+// Tags that the library does not know, with their usual types.
+void teachOwnTags(TIFF* tiff) {
+    static char name[] = "Own";
+    constexpr auto field = [](std::uint32_t tag, TIFFDataType type) {
+        return TIFFFieldInfo{tag, TIFF_VARIABLE2, TIFF_VARIABLE2, type, FIELD_CUSTOM, 1, 1, name};
+    };
+    static const std::array<TIFFFieldInfo, 7> fields{
+        field(18246, TIFF_SHORT), field(18249, TIFF_SHORT), field(40091, TIFF_BYTE),
+        field(40092, TIFF_BYTE),  field(40093, TIFF_BYTE),  field(40094, TIFF_BYTE),
+        field(40095, TIFF_BYTE)};
+    TIFFMergeFieldInfo(tiff, fields.data(), static_cast<std::uint32_t>(fields.size()));
+}
+
+std::vector<float> fractionsIn(const Bytes& value) {
+    std::vector<float> fractions;
+    for (std::size_t at = 0; at + 8 <= value.size(); at += 8) {
+        std::array<std::uint32_t, 2> parts{};
+        std::memcpy(parts.data(), value.data() + at, 8);
+        fractions.push_back(parts[1] == 0 ? 0.0F
+                                          : static_cast<float>(double{1} * parts[0] / parts[1]));
+    }
+    return fractions;
+}
+
+void setOwnTag(const TiffWriter& writer, const PlacedExif::Own& own) {
+    const TIFFField* field = TIFFFindField(writer.get(), own.tag, TIFF_ANY);
+    if (!field || TIFFFieldDataType(field) != static_cast<TIFFDataType>(own.type)) return;
+    const auto size = static_cast<std::size_t>(tiffTypeSize(own.type));
+    if (own.type == TIFF_ASCII) {
+        const std::string text(own.value.begin(), own.value.end());
+        writer.set(own.tag, text.c_str());
+    } else if (own.type == TIFF_RATIONAL) {
+        const std::vector<float> fractions = fractionsIn(own.value);
+        if (static_cast<int>(fractions.size()) == TIFFFieldWriteCount(field))
+            writer.set(own.tag, fractions.data());
+    } else {
+        writer.set(own.tag, static_cast<std::uint32_t>(own.value.size() / size), own.value.data());
+    }
+}
+
+void writeExif(const TiffWriter& writer, ByteSink& sink, const Bytes& exif, bool hasDescription) {
     const bool big = TIFFIsBigTIFF(writer.get()) != 0;
     const std::uint64_t position = sink.size() + sink.size() % 2;
     constexpr std::uint64_t furthest = 0xf0000000;
     const PlacedExif placed =
         placeExif(exif, static_cast<std::uint32_t>(std::min(position, furthest)),
                   TIFFIsBigEndian(writer.get()) != 0);
-    for (const auto& [tag, text] : placed.texts)
-        writer.set(tag, text.c_str());
+    teachOwnTags(writer.get());
+    for (const PlacedExif::Own& own : placed.own)
+        if (own.tag != TIFFTAG_IMAGEDESCRIPTION || !hasDescription) setOwnTag(writer, own);
     if (big || position >= furthest || placed.bytes.empty()) return;
     sink.seek(sink.size());
     const char zero = 0;
@@ -112,8 +155,11 @@ void writeTiffPage(const TiffWriter& writer, ByteSink& sink, const Page& page,
     const TiffForm form = tiffFormOf(page.raster, options, task);
     setForm(writer, form);
     if (page.metadata) {
-        writeTiffMetadata(writer, *page.metadata);
-        writeExif(writer, sink, page.metadata->exif);
+        const bool gray = form.photometric == PHOTOMETRIC_MINISBLACK ||
+                          form.photometric == PHOTOMETRIC_MINISWHITE;
+        const Metadata metadata = metadataForWriting(*page.metadata, page.raster, gray);
+        writeTiffMetadata(writer, metadata);
+        writeExif(writer, sink, metadata.exif, !metadata.comment.empty());
     }
     if (!page.name.empty()) writer.set(TIFFTAG_PAGENAME, page.name.c_str());
     if (count > 1) {

@@ -1,15 +1,22 @@
 #include "imaging/metadata/copy.h"
 
 #include <algorithm>
+#include <array>
 
 #include "basic/error.h"
 #include "imaging/byte_io.h"
+#include "imaging/codecs/all.h"
 #include "imaging/codecs/jpeg_metadata.h"
+#include "imaging/exif.h"
 #include "imaging/metadata/exif_block.h"
+#include "imaging/metadata/for_writing.h"
+#include "imaging/metadata/orientation.h"
 
 namespace kvn::imaging {
 
 namespace {
+
+constexpr std::uint32_t allMarkers = 0x3fff;
 
 void appendSegment(Bytes& to, int marker, std::span<const std::uint8_t> data) {
     const std::size_t length = data.size() + 2;
@@ -34,22 +41,36 @@ JpegOutline checkedOutline(std::span<const std::uint8_t> file, const char* which
     return outline;
 }
 
-// What the copied EXIF block must say to fit the destination.
-Bytes fittedExif(const Bytes& exif, const JpegOutline& destination) {
-    using enum ExifBlock::Directory;
-    const auto width = static_cast<std::uint32_t>(destination.frame->width);
-    const auto height = static_cast<std::uint32_t>(destination.frame->height);
+// The pixels as the file has them, not turned upright.
+Raster storedPixels(std::span<const std::uint8_t> jpeg, int orientation) {
+    Task quiet;
+    const Raster upright = jpegCodec().read(jpeg, {}, quiet).pages.front().raster;
+    const int back = orientation == 6 ? 8 : orientation == 8 ? 6 : orientation;
+    return turnedUpright(upright, back, quiet);
+}
+
+// What is copied, fitted to the destination.
+Metadata copiedFrom(const JpegOutline& source, const JpegOutline& destination,
+                    std::span<const std::uint8_t> destinationFile) {
+    Metadata copied = jpegMetadata(source);
+    copied.icc.clear();
+    std::erase_if(copied.jpegMarkers, [](const JpegMarker& marker) {
+        return marker.number != 1 && marker.number != 13;
+    });
+    // A picture that lies on its side says so even if nothing else is told.
+    constexpr std::array<std::uint8_t, 14> bareBlock{'I', 'I', 42, 0, 8};
     const auto orientation =
-        ExifBlock(jpegMetadata(destination).exif).number(Main, ExifBlock::orientation).value_or(1);
-    ExifBlock block(exif);
-    const bool isTold = block.number(Main, ExifBlock::orientation).has_value();
-    if (isTold || orientation != 1)
-        block.putMainNumber(ExifBlock::orientation, static_cast<std::uint16_t>(orientation));
-    block.setNumber(Main, ExifBlock::imageWidth, width);
-    block.setNumber(Main, ExifBlock::imageLength, height);
-    block.setNumber(Camera, ExifBlock::pixelXDimension, width);
-    block.setNumber(Camera, ExifBlock::pixelYDimension, height);
-    return block.bytes();
+        static_cast<int>(ExifBlock(jpegMetadata(destination).exif)
+                             .number(ExifBlock::Directory::Main, ExifBlock::orientation)
+                             .value_or(1));
+    if (copied.exif.empty() && orientation != 1)
+        copied.exif.assign(bareBlock.begin(), bareBlock.end());
+    return metadataForWriting(copied, storedPixels(destinationFile, orientation), false,
+                              orientation);
+}
+
+void put(const std::string& path, const Bytes& bytes) {
+    replaceFile(path, [&](ByteSink& sink) { sink.write(bytes.data(), bytes.size()); });
 }
 
 } // namespace
@@ -58,12 +79,7 @@ Bytes jpegWithMetadataOf(std::span<const std::uint8_t> source,
                          std::span<const std::uint8_t> destination) {
     const JpegOutline from = checkedOutline(source, "source");
     const JpegOutline to = checkedOutline(destination, "destination");
-    Metadata copied = jpegMetadata(from);
-    if (!copied.exif.empty()) copied.exif = fittedExif(copied.exif, to);
-    copied.icc.clear();
-    std::erase_if(copied.jpegMarkers, [](const JpegMarker& marker) {
-        return marker.number != 1 && marker.number != 13;
-    });
+    const Metadata copied = copiedFrom(from, to, destination);
 
     Bytes result;
     result.reserve(source.size() + destination.size());
@@ -76,8 +92,7 @@ Bytes jpegWithMetadataOf(std::span<const std::uint8_t> source,
     // JFIF wants to be the first segment.
     const bool hasJfif = !to.segments.empty() && to.segments.front().marker == 0xe0;
     keepUntil(hasJfif ? to.segments.front().end : 2);
-    constexpr std::uint32_t all = 0x3fff;
-    for (const JpegMarker& marker : jpegSegmentsFor(copied, all))
+    for (const JpegMarker& marker : jpegSegmentsFor(copied, allMarkers))
         appendSegment(result, 0xe0 + marker.number, marker.data);
     for (const JpegSegment& segment : from.segments)
         if (segment.marker == JpegSegment::comment)
@@ -98,7 +113,17 @@ void copyMetadata(const std::string& source, const std::string& destination) {
         const FileBytes to(destination);
         result = jpegWithMetadataOf(from.bytes(), to.bytes());
     }
-    replaceFile(destination, [&](ByteSink& sink) { sink.write(result.data(), result.size()); });
+    put(destination, result);
+}
+
+void copyMetadata(const std::string& source, const Page& page, const WriteOptions& options,
+                  const std::string& destination, Task& task) {
+    const FileBytes from(source);
+    WriteOptions whole = options;
+    whole.jpegMarkers = allMarkers;
+    MemorySink picture;
+    jpegCodec().write({&page, 1}, whole, picture, task);
+    put(destination, jpegWithMetadataOf(from.bytes(), picture.bytes()));
 }
 
 } // namespace kvn::imaging

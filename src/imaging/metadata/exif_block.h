@@ -1,7 +1,7 @@
 // An EXIF block (a small TIFF structure) edited in place: a tag's number is overwritten where it
 // stands, so that everything else, maker notes and their offsets included, stays byte for byte.
 //
-// It is no tag listing (see tag_list.h) and trusts nothing: a directory, count or offset that
+// It is no tag listing (see imaging/exif.h) and trusts nothing: a directory, count or offset that
 // leads out of the block counts as absent.
 #pragma once
 

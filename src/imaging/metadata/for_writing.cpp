@@ -11,14 +11,18 @@ namespace kvn::imaging {
 
 namespace {
 
-Bytes trueExif(const Bytes& exif, const Raster& picture) {
+Bytes trueExif(const Bytes& exif, const Raster& picture, int orientation) {
     using enum ExifBlock::Directory;
     const auto width = static_cast<std::uint32_t>(picture.width());
     const auto height = static_cast<std::uint32_t>(picture.height());
     ExifBlock block(exif);
-    const bool isTurned = block.number(Main, ExifBlock::orientation).value_or(1) != 1;
+    const auto lies = static_cast<std::uint16_t>(orientation);
+    const bool isTurned = block.number(Main, ExifBlock::orientation).value_or(1) != lies;
     refreshThumbnail(block, picture, isTurned);
-    block.setNumber(Main, ExifBlock::orientation, 1);
+    if (lies == 1)
+        block.setNumber(Main, ExifBlock::orientation, 1);
+    else
+        block.putMainNumber(ExifBlock::orientation, lies);
     block.setNumber(Main, ExifBlock::imageWidth, width);
     block.setNumber(Main, ExifBlock::imageLength, height);
     block.setNumber(Camera, ExifBlock::pixelXDimension, width);
@@ -47,13 +51,11 @@ std::string_view numberBehind(std::string_view packet, std::string_view name) {
     return {};
 }
 
-Bytes trueXmp(const Bytes& xmp, const Raster& picture) {
+Bytes trueXmp(const Bytes& xmp, const Raster& picture, int orientation) {
     std::string packet(xmp.begin(), xmp.end());
     const std::pair<std::string_view, int> properties[] = {
-        {"tiff:Orientation", 1},
-        {"tiff:ImageWidth", picture.width()},
-        {"tiff:ImageLength", picture.height()},
-        {"exif:PixelXDimension", picture.width()},
+        {"tiff:Orientation", orientation},          {"tiff:ImageWidth", picture.width()},
+        {"tiff:ImageLength", picture.height()},     {"exif:PixelXDimension", picture.width()},
         {"exif:PixelYDimension", picture.height()},
     };
     for (const auto& [name, value] : properties) {
@@ -75,10 +77,11 @@ bool profileFits(const Bytes& icc, bool gray) {
 
 } // namespace
 
-Metadata metadataForWriting(const Metadata& metadata, const Raster& picture, bool gray) {
+Metadata metadataForWriting(const Metadata& metadata, const Raster& picture, bool gray,
+                            int orientation) {
     Metadata written = metadata;
-    if (!written.exif.empty()) written.exif = trueExif(written.exif, picture);
-    if (!written.xmp.empty()) written.xmp = trueXmp(written.xmp, picture);
+    if (!written.exif.empty()) written.exif = trueExif(written.exif, picture, orientation);
+    if (!written.xmp.empty()) written.xmp = trueXmp(written.xmp, picture, orientation);
     if (!profileFits(written.icc, gray)) written.icc.clear();
     return written;
 }

@@ -1,10 +1,10 @@
-#include "imaging/metadata/tag_list.h"
-
+// The tag lists. The one place that knows Exiv2.
 #include <algorithm>
 #include <mutex>
 
 #include <exiv2/exiv2.hpp>
 
+#include "imaging/exif.h"
 #include "imaging/metadata/utf8.h"
 
 namespace kvn::imaging {
@@ -45,22 +45,34 @@ std::string readable(std::string text) {
 }
 
 // Comments are printed with the name of their character set in front.
-std::string withoutCharset(std::string text) {
+std::string_view withoutCharset(std::string_view text) {
     constexpr std::string_view mark = "charset=";
     if (!text.starts_with(mark)) return text;
     const bool isQuoted = text.substr(mark.size(), 1) == "\"";
     const std::size_t end = isQuoted ? text.find('"', mark.size() + 1) : text.find(' ');
     const std::size_t begin = end == std::string::npos ? end : text.find_first_not_of("\" ", end);
-    return begin == std::string::npos ? std::string{} : text.substr(begin);
+    return begin == std::string::npos ? std::string_view{} : text.substr(begin);
 }
 
-// Fields of maker notes that nobody has found the meaning of have a number for a name.
-template <typename Datum>
-void add(std::vector<Tag>& tags, const Datum& datum, std::string value) {
-    constexpr std::string_view unknown = "0x";
-    std::string name = datum.tagName();
-    if (name.starts_with(unknown)) return;
-    tags.push_back({std::move(name), readable(withoutCharset(std::move(value)))});
+// Maker notes and tables are runs of numbers that nobody reads.
+bool isBulk(const Exiv2::Metadatum& datum) {
+    constexpr long longestRun = 64;
+    const auto count = static_cast<long>(datum.count());
+    return count > longestRun && datum.typeId() != Exiv2::asciiString &&
+           datum.typeId() != Exiv2::string && datum.typeId() != Exiv2::comment;
+}
+
+void add(std::vector<MetadataTag>& tags, const Exiv2::Metadatum& datum,
+         const std::string& printed) {
+    std::string value = readable(std::string(withoutCharset(printed)));
+    const bool isNumbers = value.find_first_not_of("0123456789-/ ") == std::string::npos;
+    if (isBulk(datum) && (isNumbers || value.ends_with(" ..."))) {
+        value.clear();
+        value += '(';
+        value += std::to_string(datum.size());
+        value += " bytes)";
+    }
+    tags.push_back({datum.tagName(), std::move(value)});
 }
 
 Exiv2::ExifData exifDataOf(const Metadata& metadata) {
@@ -85,16 +97,16 @@ Bytes bytesOf(const Buffer& buffer) {
 
 } // namespace
 
-std::vector<Tag> exifTags(const Metadata& metadata) {
+std::vector<MetadataTag> exifTags(const Metadata& metadata) {
     const Exiv2::ExifData data = exifDataOf(metadata);
-    std::vector<Tag> tags;
+    std::vector<MetadataTag> tags;
     for (const Exiv2::Exifdatum& datum : data)
         quietly([&] { add(tags, datum, datum.print(&data)); });
     return tags;
 }
 
-std::vector<Tag> iptcTags(const Metadata& metadata) {
-    std::vector<Tag> tags;
+std::vector<MetadataTag> iptcTags(const Metadata& metadata) {
+    std::vector<MetadataTag> tags;
     if (metadata.iptc.empty()) return tags;
     Exiv2::IptcData data;
     quietly([&] {
