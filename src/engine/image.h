@@ -81,6 +81,8 @@ class Info {
     int ColorCount() const; // 2, the palette's size, 256 for grey, 16777216
     int ColorDepth() const; // bits a pixel
     void ConvertType(const QString& label, int type);
+    // Between JPEG files. The destination keeps its picture; where there is none, one is written
+    // with this page's picture, as it would be saved.
     void CopyMetadata(const QString& source, const QString& destination);
     engine::Exif Exif() const;
     engine::Iptc Iptc() const;

@@ -1,3 +1,5 @@
+#include <QFileInfo>
+
 #include "basic/error.h"
 #include "engine/detail/page_list.h"
 #include "engine/detail/runner.h"
@@ -60,7 +62,12 @@ void Info::ConvertType(const QString& label, int type) {
 void Info::CopyMetadata(const QString& source, const QString& destination) {
     PageList& list = detail::listOf(page_);
     detail::recordCall(list.engine(), list.who, "Info.CopyMetadata", {source, destination}, [&] {
-        imaging::copyMetadata(source.toStdString(), destination.toStdString());
+        const std::string from = source.toStdString(), to = destination.toStdString();
+        if (QFileInfo::exists(destination)) return imaging::copyMetadata(from, to);
+        const PageState& page = pageOf(page_);
+        detail::ProgressReport progress(list, "Save");
+        imaging::copyMetadata(from, {page.raster, page.metadata, page.name}, list.options, to,
+                              progress.task());
     });
 }
 

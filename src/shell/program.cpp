@@ -10,7 +10,9 @@
 #include "document/commands.h"
 #include "document/program_state.h"
 #include "document/report.h"
+#include "effects/commands.h"
 #include "engine/engine.h"
+#include "metadata/metadata_commands.h"
 #include "shell/MDIMain.h"
 #include "shell/application.h"
 #include "shell/beside_program.h"
@@ -50,6 +52,8 @@ struct Program {
         if (!traceFile.isEmpty()) engine.trace().setFile(traceFile);
         engine.setFileChooser(&asking);
         document::addDocumentCommands(state.commands);
+        effects::addEffectsCommands(state.commands);
+        metadata::addMetadataCommands(state.commands);
     }
 
     void makeFrame() {
