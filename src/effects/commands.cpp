@@ -5,8 +5,9 @@
 namespace kvn::effects {
 
 void addEffectsCommands(document::CommandTable& table) {
-    for (const auto& group : {effectsGroup(), filtersGroup(), filterPresets(), effectPresets(),
-                              paletteCommands(), perspectiveExamples(), matrixFilters(), recipes()})
+    for (const auto& group :
+         {effectsGroup(), filtersGroup(), filterPresets(), effectPresets(), paletteCommands(),
+          perspectiveExamples(), matrixFilters(), recipes(), encryptionCommands()})
         table.add(group);
 }
 

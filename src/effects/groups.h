@@ -15,5 +15,6 @@ std::span<const document::Command> paletteCommands();     // palettes, built in 
 std::span<const document::Command> perspectiveExamples(); // the picture on a quadrilateral
 std::span<const document::Command> matrixFilters();       // coefficient tables
 std::span<const document::Command> recipes();             // chains of steps
+std::span<const document::Command> encryptionCommands();  // under a key
 
 } // namespace kvn::effects

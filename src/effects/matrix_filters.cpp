@@ -4,7 +4,6 @@
 
 #include "document/frmMain.h"
 #include "document/report.h"
-#include "document/working_copy.h"
 #include "effects/groups.h"
 #include "effects/matrices.h"
 
@@ -42,13 +41,12 @@ constexpr MatrixFilter hazeFilter{"Effects.ApplyMatrix", purpleHaze, 7.0, 5, tru
 void apply(frmMain& document, const MatrixFilter& filter) {
     QVariantList arguments{QVariant::fromValue(filter.table()), filter.divisor, filter.bias};
     if (filter.flags) arguments << *filter.flags << *filter.flags;
-    ResumeNext run;
-    run.step([&] { document::SetImage2Buffer(document); });
-    run.step([&] {
-        runOnCopy(document, filter.operation, arguments, QString::fromLatin1(filter.label));
+    const auto error = resumeNext(document, [&](ResumeNext& run) {
+        run.step([&] {
+            runOnCopy(document, filter.operation, arguments, QString::fromLatin1(filter.label));
+        });
     });
-    run.step([&] { document::UpdateImage(document, document.ImgX->Image()); });
-    if (run.error()) document::reportNumberedError(document, *run.error());
+    if (error) document::reportNumberedError(document, *error);
 }
 
 constexpr document::Command commands[] = {

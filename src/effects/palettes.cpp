@@ -75,12 +75,14 @@ std::optional<Colors> chosenPalette(frmMain& document, int index) {
 void effectsPalette(frmMain& document, int index) {
     ResumeNext run;
     run.step([&] { document::SetImage2Buffer(document); });
-    const std::optional<Colors> palette = chosenPalette(document, index);
-    if (!palette) return;
-    const bool dither =
-        document.services().menus.isChecked(QStringLiteral("mnuEffectsDitherPalette"), -1);
-    run.step([&] { document.imgxAction->Geometry().ApplyPalette(*palette, dither, {}); });
-    run.step([&] { document::UpdateImage(document, document.ImgX->Image()); });
+    if (!run.error()) {
+        const std::optional<Colors> palette = chosenPalette(document, index);
+        if (!palette) return;
+        const bool dither =
+            document.services().menus.isChecked(QStringLiteral("mnuEffectsDitherPalette"), -1);
+        run.step([&] { document.imgxAction->Geometry().ApplyPalette(*palette, dither, {}); });
+        run.step([&] { document::UpdateImage(document, document.ImgX->Image()); });
+    }
     if (run.error()) document::reportNumberedError(document, *run.error());
 }
 

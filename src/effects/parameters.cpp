@@ -3,6 +3,7 @@
 #include "basic/numbers.h"
 #include "dialogs/asking.h"
 #include "document/frmMain.h"
+#include "document/roles.h"
 #include "document/services.h"
 #include "engine/image_values.h"
 
@@ -98,6 +99,13 @@ QVariant readOne(const Argument& argument, const frmDialog* dialog) {
 }
 
 } // namespace
+
+frmDialog& OneDialog::make() {
+    const document::Services& services = document_.services();
+    if (!dialog_) dialog_.emplace(services.asking, services.host.window());
+    document_.frmDlg = &*dialog_;
+    return *dialog_;
+}
 
 bool ask(frmMain& document, frmDialog& dialog, const char* title, Rows rows, Follow follow) {
     dialog.setWindowTitle(QString::fromLatin1(title));

@@ -3,10 +3,25 @@
 #pragma once
 
 #include <QVariant>
+#include <optional>
 
 #include "effects/catalogue.h"
 
 namespace kvn::effects {
+
+// The parameter dialog of one run of a command: made when it is first wanted, the document's while
+// it lasts, gone with this.
+class OneDialog {
+  public:
+    explicit OneDialog(frmMain& document) : document_(document) {}
+
+    frmDialog& make();
+    void unload() { dialog_.reset(); }
+
+  private:
+    frmMain& document_;
+    std::optional<frmDialog> dialog_;
+};
 
 // Fills the dialog, shows it and tells whether the user left it by OK. Starting values that are
 // the picture's own come from the working copy.

@@ -38,17 +38,16 @@ constexpr Pass passes[] = {
 };
 
 void patchWork(frmMain& document, int) {
-    ResumeNext run;
-    run.step([&] { document::SetImage2Buffer(document); });
-    for (const Pass& pass : passes)
-        run.step([&] {
-            document.imgxAction->Effects().Mosaic(pass.width, pass.height, pass.channels,
-                                                  QString::fromLatin1(pass.label));
-        });
-    run.step([&] { document::UpdateImage(document, document.ImgX->Image()); });
-    if (run.error())
+    const auto error = resumeNext(document, [&](ResumeNext& run) {
+        for (const Pass& pass : passes)
+            run.step([&] {
+                document.imgxAction->Effects().Mosaic(pass.width, pass.height, pass.channels,
+                                                      QString::fromLatin1(pass.label));
+            });
+    });
+    if (error)
         plainBox(document,
-                 QStringLiteral("Error: ") + QString::fromStdString(run.error()->description()));
+                 QStringLiteral("Error: ") + QString::fromStdString(error->description()));
 }
 
 // --- what Charcoal and Flaky Paint share

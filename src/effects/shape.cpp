@@ -6,7 +6,6 @@
 #include "dialogs/asking.h"
 #include "document/frmMain.h"
 #include "document/report.h"
-#include "document/roles.h"
 #include "document/services.h"
 #include "document/working_copy.h"
 #include "effects/parameters.h"
@@ -18,24 +17,6 @@ const Entry* find(const Group& group, int index) {
     const auto it = std::ranges::find(group.entries, index, &Entry::index);
     return it == group.entries.end() ? nullptr : &*it;
 }
-
-// The parameter dialog of one run, made when it is first wanted and gone with it.
-class OneDialog {
-  public:
-    explicit OneDialog(frmMain& document) : document_(document) {}
-
-    frmDialog& make() {
-        const document::Services& services = document_.services();
-        if (!dialog_) dialog_.emplace(services.asking, services.host.window());
-        document_.frmDlg = &*dialog_;
-        return *dialog_;
-    }
-    void unload() { dialog_.reset(); }
-
-  private:
-    frmMain& document_;
-    std::optional<frmDialog> dialog_;
-};
 
 // Asks if there is something to ask, then runs the operation.
 void act(frmMain& document, const Entry& entry, OneDialog& dialog) {
@@ -60,11 +41,10 @@ void runThrough(const Group& group, frmMain& document, int index) {
 void runResuming(const Group& group, frmMain& document, int index) {
     const Entry* entry = find(group, index);
     OneDialog dialog(document);
-    ResumeNext run;
-    run.step([&] { document::SetImage2Buffer(document); });
-    if (entry) run.step([&] { act(document, *entry, dialog); });
-    run.step([&] { document::UpdateImage(document, document.ImgX->Image()); });
-    if (run.error()) document::reportNumberedError(document, *run.error());
+    const auto error = resumeNext(document, [&](ResumeNext& run) {
+        if (entry) run.step([&] { act(document, *entry, dialog); });
+    });
+    if (error) document::reportNumberedError(document, *error);
 }
 
 } // namespace
@@ -101,6 +81,16 @@ void ResumeNext::step(const std::function<void()>& work) {
         if (error.isSilent()) throw;
         error_ = error;
     }
+}
+
+std::optional<RuntimeError> resumeNext(frmMain& document,
+                                       const std::function<void(ResumeNext& run)>& steps) {
+    ResumeNext run;
+    run.step([&] { document::SetImage2Buffer(document); });
+    if (run.error()) return run.error();
+    steps(run);
+    run.step([&] { document::UpdateImage(document, document.ImgX->Image()); });
+    return run.error();
 }
 
 void plainBox(frmMain& document, const QString& text) {

@@ -25,8 +25,8 @@ constexpr document::Command groupCommand(const char* name) {
 void runOnCopy(frmMain& document, const char* operation, const QVariantList& arguments,
                const QString& label = {});
 
-// A run of steps in which a failure leaves out its step and is told about at the end. Only a stop
-// by the user ends the run at once: nothing after it may touch the picture.
+// Steps in which a failure leaves out its step only, and is told about at the end. A stop by the
+// user ends them at once: nothing after it may touch the picture.
 class ResumeNext {
   public:
     void step(const std::function<void()>& work);
@@ -36,6 +36,11 @@ class ResumeNext {
   private:
     std::optional<RuntimeError> error_;
 };
+
+// The frame around such steps, with its last failure as the result. Without a working copy nothing
+// runs: an old one would come back in place of the picture.
+std::optional<RuntimeError> resumeNext(frmMain& document,
+                                       const std::function<void(ResumeNext& run)>& steps);
 
 // A box with the text and an OK button, and no picture. A stopped operation is passed over.
 void plainBox(frmMain& document, const QString& text);
