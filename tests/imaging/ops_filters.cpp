@@ -1,6 +1,7 @@
 // The filters against the obvious way to compute them, over all image types and awkward sizes, and
 // for every instruction set of this machine.
 #include <QtTest>
+#include <array>
 #include <numeric>
 #include <tuple>
 
@@ -70,6 +71,7 @@ class FiltersTest : public QObject {
     void gaussianIsTrue();
     void medianIsExact();
     void extremesAreExact();
+    void brightestPixelIsTakenWhole();
     void meansFollowTheirDefinitions();
     void detailIsWhatTheBlurLacks();
     void tablesLieAsTheyAreRead();
@@ -203,6 +205,33 @@ void FiltersTest::extremesAreExact() {
                 };
                 QCOMPARE(largestDifference(least, expected(false)), 0.0);
                 QCOMPARE(largestDifference(greatest, expected(true)), 0.0);
+            }
+    });
+}
+
+void FiltersTest::brightestPixelIsTakenWhole() {
+    onEveryPicture([](const Raster& picture, const Raster& seen) {
+        for (const int size : {3, 6, 15, 37})
+            for (const bool ignore : {false, true}) {
+                const Raster result = runOne("Effects.Maximum2", picture, {whole(size), ignore});
+                const auto key = [&](Rgba c) {
+                    const int light = luma(c.r, c.g, c.b);
+                    return std::array<int, 5>{ignore ? light : light * c.a, c.r, c.g, c.b,
+                                              ignore ? 0 : c.a};
+                };
+                const int side = (size | 1) / 2, right = seen.width() - 1;
+                for (int y = 0; y < seen.height(); ++y)
+                    for (int x = y % 3; x <= right; x += 3) {
+                        Rgba best = seen.pixel(x, y);
+                        for (int j = y - side; j <= y + side; ++j)
+                            for (int i = x - side; i <= x + side; ++i) {
+                                const Rgba c = seen.pixel(std::clamp(i, 0, right),
+                                                          std::clamp(j, 0, seen.height() - 1));
+                                if (key(c) > key(best)) best = c;
+                            }
+                        if (ignore) best.a = seen.pixel(x, y).a;
+                        QCOMPARE(result.pixel(x, y), best);
+                    }
             }
     });
 }

@@ -1,6 +1,7 @@
 // The list of the filters family.
 #include "imaging/operations/families.h"
 #include "imaging/operations/filters/blur.h"
+#include "imaging/operations/filters/brightest.h"
 #include "imaging/operations/filters/canny.h"
 #include "imaging/operations/filters/convolve.h"
 #include "imaging/operations/filters/detail.h"
@@ -17,9 +18,10 @@ std::span<const Operation* const> filterOperations() {
         &blurOperation,          &cannyEdgeOperation,    &despeckleOperation,
         &edgeDetectionOperation, &gaussianBlurOperation, &geometricMeanOperation,
         &harmonicMeanOperation,  &highPassOperation,     &maximumOperation,
-        &medianCutOperation,     &embossOperation,       &morphologyOperation,
-        &minimumOperation,       &sharpenOperation,      &softenOperation,
-        &unsharpMaskOperation,   &vibrationOperation,    &ypMeanOperation,
+        &maximum2Operation,      &medianCutOperation,    &embossOperation,
+        &morphologyOperation,    &minimumOperation,      &sharpenOperation,
+        &softenOperation,        &unsharpMaskOperation,  &vibrationOperation,
+        &ypMeanOperation,
     };
     return list;
 }
