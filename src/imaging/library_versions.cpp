@@ -10,6 +10,7 @@
 #include <libdeflate.h>
 #include <opencv2/core/utility.hpp>
 #include <png.h>
+#include <sodium.h>
 #include <tiffio.h>
 
 #define KVN_TEXT_OF(x) #x
@@ -42,6 +43,7 @@ std::vector<std::pair<std::string, std::string>> libraryVersions() {
         {"OpenCV", cv::getVersionString()},
         {"Highway", dotted(HWY_MAJOR, HWY_MINOR, HWY_PATCH)},
         {"libdeflate", LIBDEFLATE_VERSION_STRING},
+        {"libsodium", sodium_version_string()},
     };
 }
 

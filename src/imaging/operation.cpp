@@ -18,8 +18,10 @@ namespace {
 
 using Family = std::span<const Operation* const> (*)();
 constexpr Family families[] = {
+    artOperations,
     basicGeometryOperations,
     channelOperations,
+    cipherOperations,
     filterOperations,
     paletteOperations,
     resampleOperations,

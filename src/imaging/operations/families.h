@@ -8,8 +8,10 @@
 
 namespace kvn::imaging {
 
+std::span<const Operation* const> artOperations();           // shadows, cracks, strokes, dots
 std::span<const Operation* const> basicGeometryOperations(); // Crop, Flip, ResizeCanvas
 std::span<const Operation* const> channelOperations();       // channels and alpha
+std::span<const Operation* const> cipherOperations();        // under a key and back
 std::span<const Operation* const> filterOperations();        // blurs, means, edges, reliefs
 std::span<const Operation* const> paletteOperations();       // few colours
 std::span<const Operation* const> resampleOperations();      // other sizes, angles, outlines
