@@ -153,8 +153,7 @@ Palette sorted(std::vector<Rgba> colors) {
         return std::tuple(light, c.r, c.g, c.b, c.a);
     };
     std::ranges::sort(colors, {}, order);
-    const auto rest = std::ranges::unique(colors);
-    colors.erase(rest.begin(), rest.end());
+    colors.erase(std::unique(colors.begin(), colors.end()), colors.end());
     return Palette(std::move(colors));
 }
 

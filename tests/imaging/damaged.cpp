@@ -5,55 +5,15 @@
 
 #include "basic/error.h"
 #include "imaging/codecs/codec.h"
+#include "imaging/support/sample_files.h"
 
 using namespace kvn;
 using namespace kvn::imaging;
+using test::sampleFiles;
 
 namespace {
 
 using File = std::vector<std::uint8_t>;
-
-// Two frames of 3 by 2 pixels, four colours, the second frame on a part of the screen.
-const File gif = {'G',  'I', 'F', '8',  '9',  'a',  3,    0,    2,    0,   0x91, 0,    0,    0,
-                  0,    0,   255, 0,    0,    0,    255,  0,    0,    0,   255,  0x21, 0xF9, 4,
-                  0x09, 10,  0,   0,    0,    0x2C, 0,    0,    0,    0,   3,    0,    2,    0,
-                  0,    2,   4,   0x84, 0x12, 0x23, 0x05, 0,    0x2C, 1,   0,    0,    0,    2,
-                  0,    1,   0,   0,    2,    2,    0x0C, 0x0A, 0,    0x3B};
-
-Raster pattern(ImageType type) {
-    Raster raster(type, 37, 23);
-    for (int y = 0; y < raster.height(); ++y)
-        for (int x = 0; x < raster.width(); ++x)
-            raster.setPixel(x, y,
-                            {static_cast<std::uint8_t>(x * 7), static_cast<std::uint8_t>(y * 11),
-                             static_cast<std::uint8_t>((x ^ y) * 8), 200});
-    return raster;
-}
-
-File written(const Codec& codec, const Raster& raster, const WriteOptions& options) {
-    auto metadata = std::make_shared<Metadata>();
-    metadata->comment = "a comment";
-    metadata->xDpi = metadata->yDpi = 300;
-    metadata->icc = Bytes(200, 7);
-    const Page pages[] = {{raster, metadata, {}}, {raster, nullptr, {}}};
-    MemorySink sink;
-    Task task;
-    codec.write({pages, codec.holdsPages() ? 2u : 1u}, options, sink, task);
-    return std::move(sink.bytes());
-}
-
-std::vector<File> samples(const Codec& codec) {
-    std::vector<File> files;
-    if (codec.type() == FileType::Gif) files.push_back(gif);
-    if (!codec.canWrite()) return files;
-    WriteOptions options;
-    for (int type = 0; type < imageTypeCount; ++type) {
-        options.tiffCompression = type;
-        options.bmpRle = options.jpegProgressive = type % 2;
-        files.push_back(written(codec, pattern(static_cast<ImageType>(type)), options));
-    }
-    return files;
-}
 
 // One kind of harm each time: bytes turned over, a field at its extreme, an end cut off, a part
 // doubled or taken out. The first bytes stay more often than not, or nothing would be tried.
@@ -109,7 +69,7 @@ class Damaged : public QObject {
 void Damaged::everyCodecStandsIt_data() {
     QTest::addColumn<int>("type");
     for (const Codec* codec : codecs())
-        if (!samples(*codec).empty())
+        if (!sampleFiles(*codec, 1, 1).empty())
             QTest::addRow("%s", std::string(codec->name()).c_str())
                 << static_cast<int>(codec->type());
 }
@@ -121,7 +81,7 @@ void Damaged::everyCodecStandsIt() {
     limits.pixelBytes = 8 << 20;
     int read = 0, refused = 0;
     std::mt19937 random(20u);
-    for (const File& whole : samples(codec)) {
+    for (const File& whole : sampleFiles(codec, 37, 23)) {
         QCOMPARE(codecForContent(whole, std::string(codec.extensions().front())), &codec);
         for (int i = 0; i < 1500; ++i) {
             const File file = damaged(whole, random);

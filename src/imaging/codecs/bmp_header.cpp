@@ -15,22 +15,27 @@ constexpr std::size_t fileHeaderSize = 14;
 
 // The information header's sizes that mark a version of it.
 constexpr std::uint32_t coreHeader = 12, windowsHeader = 40, alphaHeader = 56, os2Header = 64,
-                        colorSpaceHeader = 108, profileHeader = 124;
+                        profileHeader = 124;
 
 [[noreturn]] void refuse(const std::string& what) {
     throw RuntimeError(errors::invalidPicture, what, "Import");
 }
 
-// Little-endian numbers; what lies behind the end of the file reads as 0.
+// Little-endian numbers by their place in a file; what lies behind the end of it reads as 0. The
+// bytes may lack the file's first ones.
 class Fields {
   public:
-    explicit Fields(std::span<const std::uint8_t> bytes) : bytes_(bytes) {}
-    std::uint32_t byte(std::size_t at) const { return at < bytes_.size() ? bytes_[at] : 0; }
+    explicit Fields(std::span<const std::uint8_t> bytes, std::size_t missing = 0)
+        : bytes_(bytes), missing_(missing) {}
+    std::uint32_t byte(std::size_t at) const {
+        return at - missing_ < bytes_.size() ? bytes_[at - missing_] : 0;
+    }
     std::uint32_t u16(std::size_t at) const { return byte(at) | byte(at + 1) << 8; }
     std::uint32_t u32(std::size_t at) const { return u16(at) | u16(at + 2) << 16; }
 
   private:
     std::span<const std::uint8_t> bytes_;
+    std::size_t missing_;
 };
 
 struct Layout {
@@ -170,6 +175,21 @@ void setPaletteAndPixels(BmpHeader& header, const Layout& layout, std::uint64_t 
     header.pixels = file.subspan(usable ? static_cast<std::size_t>(offset) : end);
 }
 
+// What stands between the file header and the palette.
+Layout readInformation(BmpHeader& header, const Fields& fields) {
+    Layout layout;
+    layout.headerSize = fields.u32(fileHeaderSize);
+    layout.masksEnd = fileHeaderSize + layout.headerSize;
+    if (layout.headerSize == coreHeader)
+        readOldHeader(header, fields);
+    else
+        readHeader(header, layout, fields);
+    header.packing = packingOf(layout);
+    checkBits(header);
+    setMasks(header, layout, fields);
+    return layout;
+}
+
 } // namespace
 
 bool isBmp(std::span<const std::uint8_t> file) {
@@ -183,18 +203,23 @@ BmpHeader readBmpHeader(std::span<const std::uint8_t> file) {
         refuse("The BMP file has no valid header.");
     const Fields fields(file);
     BmpHeader header;
-    Layout layout;
-    layout.headerSize = fields.u32(fileHeaderSize);
-    layout.masksEnd = fileHeaderSize + layout.headerSize;
-    if (layout.headerSize == coreHeader)
-        readOldHeader(header, fields);
-    else
-        readHeader(header, layout, fields);
-    header.packing = packingOf(layout);
-    checkBits(header);
-    setMasks(header, layout, fields);
+    const Layout layout = readInformation(header, fields);
     setProfile(header, layout, fields, file);
     setPaletteAndPixels(header, layout, fields.u32(10), file);
+    return header;
+}
+
+BmpHeader readBitmapHeader(std::span<const std::uint8_t> bitmap,
+                           std::span<const std::uint8_t> pixels) {
+    const Fields fields(bitmap, fileHeaderSize);
+    const std::uint32_t size = fields.u32(fileHeaderSize);
+    if ((size != coreHeader && (size < 16 || size > 1024)) || bitmap.size() < coreHeader)
+        refuse("The bitmap has no valid header.");
+    BmpHeader header;
+    Layout layout = readInformation(header, fields);
+    layout.masksEnd -= fileHeaderSize;
+    setPaletteAndPixels(header, layout, 0, bitmap);
+    if (!pixels.empty()) header.pixels = pixels;
     return header;
 }
 
