@@ -12,7 +12,7 @@
 #include "basic/error.h"
 #include "dialogs/frmDialog.h"
 #include "dialogs/row_layout.h"
-#include "dialogs/support/scripted_asking.h"
+#include "support/scripted_user.h"
 
 using namespace kvn;
 using namespace kvn::dialogs;
@@ -50,7 +50,7 @@ class FrmDialogTest : public QObject {
         QCOMPARE(design::heightForRows(0), 3090);
         QCOMPARE(design::heightForRows(1), 1465);
         QCOMPARE(design::heightForRows(5), 1465 + 4 * 400);
-        ScriptedAsking asking;
+        test::ScriptedUser asking;
         frmDialog dialog(asking, nullptr);
         QCOMPARE(dialog.size(), QSize(361, 206));
         for (int rows = 1; rows <= 4; ++rows) {
@@ -81,7 +81,7 @@ class FrmDialogTest : public QObject {
     void rowsStandWhereDesigned() {
         QFETCH(int, kind);
         QFETCH(QRect, first);
-        ScriptedAsking asking;
+        test::ScriptedUser asking;
         frmDialog dialog(asking, nullptr);
         for (int row = 0; row < 3; ++row)
             dialog.AddControl("On", 1, kind);
@@ -102,7 +102,7 @@ class FrmDialogTest : public QObject {
     }
 
     void longTextsWidenTheColumns() {
-        ScriptedAsking asking;
+        test::ScriptedUser asking;
         frmDialog dialog(asking, nullptr);
         dialog.AddControl("Bottom Bright Percent, a long one [0..200]:", 5, frmDialog::Text);
         dialog.AddControl("A check box whose caption is longer than the design foresaw", 1,
@@ -116,7 +116,7 @@ class FrmDialogTest : public QObject {
     }
 
     void largerFontKeepsTheProportions() {
-        ScriptedAsking asking;
+        test::ScriptedUser asking;
         frmDialog dialog(asking, nullptr);
         dialog.AddControl("Size:", 1, frmDialog::Text);
         dialog.AddControl("Size:", 1, frmDialog::Text);
@@ -130,7 +130,7 @@ class FrmDialogTest : public QObject {
     }
 
     void tallerThanTheScreenScrolls() {
-        ScriptedAsking asking;
+        test::ScriptedUser asking;
         frmDialog dialog(asking, nullptr);
         for (int row = 0; row < 60; ++row)
             dialog.AddControl("Row", row, frmDialog::Text);
@@ -151,7 +151,7 @@ class FrmDialogTest : public QObject {
     }
 
     void startValuesRaiseNothing() {
-        ScriptedAsking asking;
+        test::ScriptedUser asking;
         frmDialog dialog(asking, nullptr);
         QSignalSpy changes(&dialog, &frmDialog::ControlChanged);
         dialog.AddControl("A", 0.5, frmDialog::Text);
@@ -172,7 +172,7 @@ class FrmDialogTest : public QObject {
     }
 
     void changesAreReportedOncePerChange() {
-        ScriptedAsking asking;
+        test::ScriptedUser asking;
         frmDialog dialog(asking, nullptr);
         dialog.AddControl("A", 1, frmDialog::Text);
         dialog.AddControl("C", QVariant(), frmDialog::Combo);
@@ -189,12 +189,12 @@ class FrmDialogTest : public QObject {
         dialog.txtText(0)->setText("5");
         dialog.chkCheck(2)->click();
         dialog.optOption(3)->click();
-        asking.color(0x112233u).color(std::nullopt);
+        asking.colors = {0x112233u, std::nullopt};
         dialog.cmdColor(4)->click();
         QCOMPARE(dialog.color(4), 0x112233u);
         dialog.cmdColor(4)->click(); // cancelled: the colour stays
         QCOMPARE(dialog.color(4), 0x112233u);
-        QCOMPARE(asking.asked[0].color, 7u);
+        QCOMPARE(asking.startColors[0], 7u);
         QCOMPARE(rows, (QList<int>{1, 0, 2, 4, 4}));
         QCOMPARE(controls[1], dialog.txtText(0));
         QCOMPARE(controls[3], dialog.cmdColor(4));
@@ -203,7 +203,7 @@ class FrmDialogTest : public QObject {
 
     // What a resize dialog does: the handler writes the other row and is called again for it.
     void handlerMayWriteIntoRows() {
-        ScriptedAsking asking;
+        test::ScriptedUser asking;
         frmDialog dialog(asking, nullptr);
         dialog.AddControl("Width:", 4, frmDialog::Text);
         dialog.AddControl("Height:", 3, frmDialog::Text);
@@ -217,7 +217,7 @@ class FrmDialogTest : public QObject {
     }
 
     void failingColourDialogLeavesTheColour() {
-        struct Failing : ScriptedAsking {
+        struct Failing : test::ScriptedUser {
             std::optional<quint32> color(quint32, QWidget*) override {
                 throw RuntimeError(5, "no dialog", "test");
             }
@@ -231,7 +231,7 @@ class FrmDialogTest : public QObject {
     }
 
     void optionsExcludeEachOther() {
-        ScriptedAsking asking;
+        test::ScriptedUser asking;
         frmDialog dialog(asking, nullptr);
         dialog.AddControl("A", true, frmDialog::Option);
         dialog.AddControl("between", 1, frmDialog::Text);
@@ -241,7 +241,7 @@ class FrmDialogTest : public QObject {
     }
 
     void unknownKindHasALabelAlone() {
-        ScriptedAsking asking;
+        test::ScriptedUser asking;
         frmDialog dialog(asking, nullptr);
         dialog.AddControl("Odd", 1, 9);
         dialog.AddControl("Size:", 2, frmDialog::Text);
@@ -252,7 +252,7 @@ class FrmDialogTest : public QObject {
     }
 
     void wrongRowIsAnError() {
-        ScriptedAsking asking;
+        test::ScriptedUser asking;
         frmDialog dialog(asking, nullptr);
         dialog.AddControl("Size:", 2, frmDialog::Text);
         QVERIFY_EXCEPTION_THROWN(dialog.cmdColor(0), RuntimeError);
@@ -272,10 +272,11 @@ class FrmDialogTest : public QObject {
     }
     void waysOut() {
         QFETCH(QString, way);
-        ScriptedAsking asking;
+        test::ScriptedUser asking;
         frmDialog dialog(asking, nullptr);
         dialog.AddControl("Size:", 2, frmDialog::Text);
-        asking.modal([&](QDialog& window) {
+        asking.inWindow = [&](QDialog& window) {
+            window.show();
             QVERIFY(QTest::qWaitForWindowActive(&window));
             dialog.txtText(0)->setText("12.5");
             QWidget* focus = dialog.txtText(0);
@@ -284,7 +285,7 @@ class FrmDialogTest : public QObject {
             if (way == "cancel") QTest::mouseClick(button(window, "cmdCancel"), Qt::LeftButton);
             if (way == "esc") QTest::keyClick(focus, Qt::Key_Escape);
             if (way == "close") QVERIFY(!window.close()); // refused, and hidden
-        });
+        };
         asking.showModal(dialog);
         QTEST(dialog.Cancelled, "cancelled");
         QVERIFY(!dialog.isVisible());
@@ -293,7 +294,7 @@ class FrmDialogTest : public QObject {
     }
 
     void keyboardGoesThroughTheRows() {
-        ScriptedAsking asking;
+        test::ScriptedUser asking;
         frmDialog dialog(asking, nullptr);
         dialog.AddControl("B", 7, frmDialog::Color);
         dialog.AddControl("A", 1, frmDialog::Text);

@@ -5,7 +5,7 @@
 #include <QWheelEvent>
 
 #include "dialogs/frmDialog.h"
-#include "dialogs/support/scripted_asking.h"
+#include "support/scripted_user.h"
 
 using namespace kvn;
 using namespace kvn::dialogs;
@@ -34,7 +34,7 @@ void play(QWidget* box, const QString& keys) {
 class NumberBoxTest : public QObject {
     Q_OBJECT
 
-    ScriptedAsking asking_;
+    test::ScriptedUser asking_;
     std::unique_ptr<frmDialog> dialog_;
     QLineEdit* box_ = nullptr;
 

@@ -17,22 +17,10 @@
 
 namespace kvn::test {
 
-class ShellUser : public ScriptedUser {
-  public:
-    std::function<void(QDialog&)> inWindow;
-
-    void showModal(QDialog& window) override {
-        if (inWindow)
-            inWindow(window);
-        else
-            ScriptedUser::showModal(window);
-    }
-};
-
 struct Frame {
     QTemporaryDir folder;
     engine::Engine engine;
-    ShellUser user;
+    ScriptedUser user;
     dialogs::frmProgress progress;
     document::ProgramState state;
     CRegister store;
