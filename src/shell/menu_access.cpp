@@ -5,6 +5,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QPointer>
+#include <QTimer>
 #include <QWindow>
 
 namespace kvn::shell {
@@ -102,9 +103,10 @@ QStringList ItemAccess::actionNames() const {
     return {action_->menu() ? showMenuAction() : pressAction()};
 }
 
+// A command may open a window and wait for its end: whoever asked from outside does not.
 void ItemAccess::doAction(const QString& name) {
     if (!action_->isEnabled() || !owner_) return;
-    if (name == pressAction()) action_->trigger();
+    if (name == pressAction()) QTimer::singleShot(0, action_, &QAction::trigger);
     if (name != showMenuAction()) return;
     if (auto* bar = qobject_cast<QMenuBar*>(owner_))
         bar->setActiveAction(action_);

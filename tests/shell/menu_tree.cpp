@@ -37,7 +37,7 @@ std::vector<Line> typedList() {
 // What the bare tree shows of a line: the marks of usability belong to the frame.
 QString designed(const Line& line) {
     QString special = line.special;
-    special.remove(QRegularExpression(QStringLiteral("[!~?]")));
+    special.remove(QRegularExpression(QStringLiteral("[!~?>]")));
     const QStringList parts = line.text.split(u'|');
     return parts[0] + u'|' + parts[1] + (special.isEmpty() ? QString() : u'|' + special);
 }
