@@ -23,6 +23,7 @@ constexpr Family families[] = {
     channelOperations,
     cipherOperations,
     filterOperations,
+    generateOperations,
     paletteOperations,
     resampleOperations,
     textureOperations,

@@ -13,6 +13,7 @@ std::span<const Operation* const> basicGeometryOperations(); // Crop, Flip, Resi
 std::span<const Operation* const> channelOperations();       // channels and alpha
 std::span<const Operation* const> cipherOperations();        // under a key and back
 std::span<const Operation* const> filterOperations();        // blurs, means, edges, reliefs
+std::span<const Operation* const> generateOperations();      // pictures from nothing
 std::span<const Operation* const> paletteOperations();       // few colours
 std::span<const Operation* const> resampleOperations();      // other sizes, angles, outlines
 std::span<const Operation* const> textureOperations();       // tiles, grain
