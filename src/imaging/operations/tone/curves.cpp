@@ -44,11 +44,12 @@ Raster gamma(const Raster& source, const Arguments& arguments, Task& task) {
 }
 
 constexpr Argument intensifyArguments[] = {
-    {"amount", ArgumentKind::Integer, -100, 100, "%", "share that is added; clamped"},
+    {"amount", ArgumentKind::Integer, -100, 100, "%", "added, or below 0 taken off again; clamped"},
 };
 
 Raster intensify(const Raster& source, const Arguments& arguments, Task& task) {
-    const double factor = 1 + std::clamp(arguments.integer(0), -100, 100) / 100.0;
+    const int amount = std::clamp(arguments.integer(0), -100, 100);
+    const double factor = amount < 0 ? 100.0 / (100 - amount) : (100 + amount) / 100.0;
     return throughCurve(source, tableOf([&](int v) { return v * factor; }), task);
 }
 

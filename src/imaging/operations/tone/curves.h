@@ -18,8 +18,9 @@ extern const Operation brightnessContrastOperation;
 // nothing. Values outside are clamped to the range.
 extern const Operation gammaOperation;
 
-// Effects.Intensify(amount -100..100): v' = v * (1 + amount / 100); 0 changes nothing, -100 gives
-// black. Every channel keeps its share, so the hue stays until one is full.
+// Effects.Intensify(amount -100..100): v' = v * (1 + amount / 100), and below 0 the way back,
+// v' = v / (1 - amount / 100): 100 doubles, -100 halves, 0 changes nothing. Every channel keeps its
+// share, so the hue stays until one is full.
 extern const Operation intensifyOperation;
 
 // Effects.Negative(colour or nothing): each channel moves towards its inverse in proportion to

@@ -51,26 +51,17 @@ double gradientNoise(double x, double y, std::uint32_t seed) {
     return std::clamp(mixed(above, below, v) * 1.4, -1.0, 1.0);
 }
 
-NoiseField::NoiseField(Size size, double cellWidth, double cellHeight, int octaves,
-                       std::uint32_t seed) {
+NoiseField::NoiseField(Size size, double cellWidth, double cellHeight, std::uint32_t seed) {
     cellWidth = std::max(2.0, cellWidth);
     cellHeight = std::max(2.0, cellHeight);
-    const double smallest = std::min(cellWidth, cellHeight) / (1 << (octaves - 1));
-    step_ = static_cast<int>(std::clamp(smallest / 8, 1.0, 16.0));
+    step_ = static_cast<int>(std::clamp(std::min(cellWidth, cellHeight) / 8, 1.0, 16.0));
     gridWidth_ = size.width / step_ + 3;
     const int gridHeight = size.height / step_ + 3;
-    grid_.resize(static_cast<std::size_t>(gridWidth_) * static_cast<std::size_t>(gridHeight));
-    std::size_t at = 0;
+    grid_.reserve(static_cast<std::size_t>(gridWidth_) * static_cast<std::size_t>(gridHeight));
     for (int j = 0; j < gridHeight; ++j)
-        for (int i = 0; i < gridWidth_; ++i, ++at) {
-            double sum = 0;
-            for (int o = 0; o < octaves; ++o)
-                sum += gradientNoise(i * step_ * (1 << o) / cellWidth + 0.37,
-                                     j * step_ * (1 << o) / cellHeight + 0.61,
-                                     seed + static_cast<std::uint32_t>(o)) /
-                       (1 << o);
-            grid_[at] = static_cast<float>(sum);
-        }
+        for (int i = 0; i < gridWidth_; ++i)
+            grid_.push_back(static_cast<float>(
+                gradientNoise(i * step_ / cellWidth + 0.37, j * step_ / cellHeight + 0.61, seed)));
 }
 
 void NoiseField::row(int y, int x0, int count, float* out) const {

@@ -14,9 +14,8 @@ double gradientNoise(double x, double y, std::uint32_t seed);
 
 class NoiseField {
   public:
-    // Cells of the lowest octave are `cellWidth` by `cellHeight` pixels (at least 2); each further
-    // octave is half as large and half as strong.
-    NoiseField(Size size, double cellWidth, double cellHeight, int octaves, std::uint32_t seed);
+    // A cell is `cellWidth` by `cellHeight` pixels, at least 2.
+    NoiseField(Size size, double cellWidth, double cellHeight, std::uint32_t seed);
 
     // The noise of the pixels x0 .. x0 + count - 1 of row y.
     void row(int y, int x0, int count, float* out) const;

@@ -20,13 +20,11 @@ constexpr Argument noiseArguments[] = {
     {"sizeY", ArgumentKind::Number, 0.1, 100, "%", "of a vein, of the height; clamped"},
 };
 
-NoiseField fieldFor(const Raster& source, const Arguments& arguments, int octaves,
-                    std::uint32_t seed) {
+NoiseField fieldFor(const Raster& source, const Arguments& arguments, std::uint32_t seed) {
     const auto part = [&](std::size_t i) {
         return std::clamp(arguments.number(i), 0.1, 100.0) / 100;
     };
-    return NoiseField(source.size(), part(1) * source.width(), part(2) * source.height(), octaves,
-                      seed);
+    return NoiseField(source.size(), part(1) * source.width(), part(2) * source.height(), seed);
 }
 
 float amountFrom(const Arguments& arguments) {
@@ -47,10 +45,11 @@ struct Circle {
     }
 };
 
+// One scale of noise only: finer ones would tear the streaks to crumbs.
 Raster marble(const Raster& source, const Arguments& arguments, Task& task) {
     const float amount = amountFrom(arguments);
     if (amount == 0) return source;
-    const NoiseField field = fieldFor(source, arguments, 3, marbleSeed);
+    const NoiseField field = fieldFor(source, arguments, marbleSeed);
     const Circle circle;
     const WarpSettings settings{.size = source.size()};
     return warped(source, settings, task, [&](int y, int x0, int count, float* toX, float* toY) {
@@ -67,8 +66,8 @@ Raster marble(const Raster& source, const Arguments& arguments, Task& task) {
 Raster perlin(const Raster& source, const Arguments& arguments, Task& task) {
     const float amount = amountFrom(arguments);
     if (amount == 0) return source;
-    const NoiseField across = fieldFor(source, arguments, 1, perlinSeedX);
-    const NoiseField down = fieldFor(source, arguments, 1, perlinSeedY);
+    const NoiseField across = fieldFor(source, arguments, perlinSeedX);
+    const NoiseField down = fieldFor(source, arguments, perlinSeedY);
     const WarpSettings settings{.size = source.size()};
     return warped(source, settings, task, [&](int y, int x0, int count, float* toX, float* toY) {
         across.row(y, x0, count, toX);

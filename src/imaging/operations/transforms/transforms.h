@@ -58,8 +58,8 @@ extern const Operation offsetOperation;
 extern const Operation lineSliceOperation;
 
 // Transforms.Marble(amount, sizeX, sizeY): streaks as in marbled paper: every pixel comes from
-// `amount` pixels away, in a direction that turbulence (three octaves of gradient noise, K. Perlin
-// 1985 and 2002) turns. Sizes: a vein in percent of the picture's width and height.
+// `amount` pixels away, in a direction that smooth gradient noise (K. Perlin 2002) turns by up to
+// a whole turn either way. Sizes: a vein in percent of the picture's width and height.
 extern const Operation marbleOperation;
 
 // Transforms.Perlin(amount, sizeX, sizeY): moves pixels by up to about `amount` along two fields
