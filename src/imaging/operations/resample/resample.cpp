@@ -2,13 +2,14 @@
 #include "imaging/operations/resample/resample.h"
 
 #include "imaging/operations/families.h"
+#include "imaging/operations/resample/deskew.h"
 
 namespace kvn::imaging {
 
 std::span<const Operation* const> resampleOperations() {
     static constexpr const Operation* list[] = {
-        &autoCropOperation, &perspectiveOperation, &perspectiveMapOperation,
-        &resizeOperation,   &rotateOperation,      &skewOperation,
+        &autoCropOperation, &autoDeskewOperation, &perspectiveOperation, &perspectiveMapOperation,
+        &resizeOperation,   &rotateOperation,     &skewOperation,
     };
     return list;
 }
