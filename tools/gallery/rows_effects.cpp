@@ -1,0 +1,180 @@
+#include "rows.h"
+
+namespace kvn::gallery {
+namespace {
+
+constexpr Row blur[] = {
+    {"Blur 25 %", "Effects.Blur 25 7 false"},
+    {"Blur 50 %", "Effects.Blur 50 7 false"},
+    {"Blur 75 %", "Effects.Blur 75 7 false"},
+    {"Blur 100 %", "Effects.Blur 100 7 false"},
+    {"Blur 25 % (Gaussian)", "Effects.GaussianBlur 25"},
+    {"Blur 50 % (Gaussian)", "Effects.GaussianBlur 50"},
+    {"Blur 75 % (Gaussian)", "Effects.GaussianBlur 75"},
+    {"Blur 100 % (Gaussian)", "Effects.GaussianBlur 100"},
+    {"Blur 300 % (Gaussian)", "Effects.GaussianBlur 300"},
+    {"Blur 500 % (Gaussian)", "Effects.GaussianBlur 500"},
+    {"Soften 25 %", "Effects.Soften 25"},
+    {"Soften 50 %", "Effects.Soften 50"},
+    {"Soften 75 %", "Effects.Soften 75"},
+    {"Soften 100 %", "Effects.Soften 100"},
+    {"Despeckle", "Effects.Despeckle"},
+    {"Despeckle after noise", "Effects.Noise 0 400 false true + Effects.Despeckle"},
+};
+constexpr Row sharpen[] = {
+    {"Sharpen 25 %", "Effects.Sharpen 25 3 true"},
+    {"Sharpen 50 %", "Effects.Sharpen 50 3 true"},
+    {"Sharpen 75 %", "Effects.Sharpen 75 3 true"},
+    {"Sharpen 100 %", "Effects.Sharpen 100 3 true"},
+    {"Unsharp Mask, Normal", "Effects.UnsharpMask 0 1 2.4"},
+    {"Unsharp Mask, Highlights", "Effects.UnsharpMask 8 5 2.6"},
+    {"Unsharp Mask, Color Etch", "Effects.UnsharpMask 0 29 5"},
+    {"Unsharp Mask, Halo Effect", "Effects.UnsharpMask 0 5 10"},
+    {"High Pass", "Effects.HighPass 20"},
+    {"High Pass, radius 3", "Effects.HighPass 3"},
+    {"Vibration 25 %", "Effects.Vibration 25"},
+    {"Vibration 50 %", "Effects.Vibration 50"},
+    {"Vibration 75 %", "Effects.Vibration 75"},
+    {"Vibration 100 %", "Effects.Vibration 100"},
+};
+constexpr Row edges[] = {
+    {"Edge Detection 25 %", "Effects.EdgeDetection 25"},
+    {"Edge Detection 50 %", "Effects.EdgeDetection 50"},
+    {"Edge Detection 75 %", "Effects.EdgeDetection 75"},
+    {"Edge Detection 100 %", "Effects.EdgeDetection 100"},
+    {"Canny Edge Detector", "Effects.CannyEdge 100 40 40"},
+    {"Canny, intensity 50", "Effects.CannyEdge 50 40 40"},
+    {"Canny, 10 to 30", "Effects.CannyEdge 100 10 30"},
+    {"Emboss", "Effects.Emboss 45 45 4 false"},
+    {"Emboss, image as texture", "Effects.Emboss 45 45 4 true"},
+    {"Emboss, from below", "Effects.Emboss 270 30 4 false"},
+    {"Color Relief", "Effects.ApplyFilter 3,2,1;2,0,-2;1,-2,-5 10 0"},
+    {"Oil Painting", "Effects.ApplyFilter -3,-3,-3;-1,-1,-1;0,0,0;1,1,1;3,3,3 -0.3 0"},
+    {"Night Line", "Effects.ApplyMatrix -0.5,0,-0.5;0,2,0;-0.5,0,-0.5 10 7 false false"},
+    {"Purple Haze", "Effects.ApplyMatrix 0,0,1;-1,-2,-1;0,0,1 7 5 true true"},
+    {"Lines in black and white",
+     "Channels.Desaturate + Effects.Despeckle + "
+     "Effects.ApplyMatrix -0.5,0,-0.5;0,2,0;-0.5,0,-0.5 50 7 false false + "
+     "Geometry.Dither 2 true true + Palette.Entry 0 #000000 + Palette.Entry 1 #ffffff"},
+};
+constexpr Row ranks[] = {
+    {"Median Cut", "Effects.MedianCut 3 false"},
+    {"Median Cut, size 9", "Effects.MedianCut 9 false"},
+    {"Minimum", "Effects.Minimum 3 true"},
+    {"Maximum", "Effects.Maximum 3 true"},
+    {"Maximum2", "Effects.Maximum2 3 true"},
+    {"Minimum, size 7", "Effects.Minimum 7 true"},
+    {"Maximum, size 7", "Effects.Maximum 7 true"},
+    {"Maximum2, size 7", "Effects.Maximum2 7 true"},
+    {"Dilation", "Effects.Morphology 1,1,1;1,2,1;1,1,1 0"},
+    {"Erosion", "Effects.Morphology 1,1,1;1,2,1;1,1,1 1"},
+    {"Open", "Effects.Morphology 1,1,1;1,2,1;1,1,1 2"},
+    {"Close", "Effects.Morphology 1,1,1;1,2,1;1,1,1 3"},
+    {"TopHat", "Effects.Morphology 1,1,1;1,2,1;1,1,1 4"},
+};
+constexpr Row means[] = {
+    {"Arithmetic Mean", "Effects.ArithmeticMean 3 true"},
+    {"Harmonic Mean", "Effects.HarmonicMean 3 true"},
+    {"Geometric Mean", "Effects.GeometricMean 3 true"},
+    {"Yp Mean", "Effects.YpMean 3 false true"},
+    {"Yp Mean, positive outliers removed", "Effects.YpMean 3 true true"},
+    {"Arithmetic Mean, size 7", "Effects.ArithmeticMean 7 true"},
+    {"Harmonic Mean, size 7", "Effects.HarmonicMean 7 true"},
+    {"Geometric Mean, size 7", "Effects.GeometricMean 7 true"},
+    {"Yp Mean, size 7", "Effects.YpMean 7 false true"},
+    {"Yp Mean, size 7, positive outliers removed", "Effects.YpMean 7 true true"},
+};
+constexpr Row tone[] = {
+    {"Brightness +40", "Effects.BrightnessContrast 40 0 -1"},
+    {"Brightness -40", "Effects.BrightnessContrast -40 0 -1"},
+    {"Contrast +40", "Effects.BrightnessContrast 0 40 -1"},
+    {"Contrast -40", "Effects.BrightnessContrast 0 -40 -1"},
+    {"AutoBrightness", "Effects.AutoBrightness 8 248 false"},
+    {"AutoBrightness, even distribution", "Effects.AutoBrightness 8 248 true"},
+    {"AutoBrightness of a dull picture",
+     "Effects.BrightnessContrast -20 -40 -1 + Effects.AutoBrightness 8 248 false"},
+    {"Gamma, Decrease a Little", "Effects.Gamma 0.75"},
+    {"Gamma, Decrease a Lot", "Effects.Gamma 0.5"},
+    {"Gamma, Increase a Little", "Effects.Gamma 1.25"},
+    {"Gamma, Increase a Lot", "Effects.Gamma 1.5"},
+    {"Intensity, Increase by 25", "Effects.Intensify 25"},
+    {"Intensity, Increase by 50", "Effects.Intensify 50"},
+    {"Intensity, Increase by 100", "Effects.Intensify 100"},
+    {"Intensity, Decrease by 25", "Effects.Intensify -25"},
+    {"Intensity, Decrease by 50", "Effects.Intensify -50"},
+    {"Intensity, Decrease by 100", "Effects.Intensify -100"},
+    {"Threshold", "Effects.Threshold 30 255 true"},
+    {"Threshold 100 to 200", "Effects.Threshold 100 200 true"},
+    {"Posterize", "Effects.Posterize"},
+    {"Solarize", "Effects.Solarize 0"},
+    {"Negative, White", "Effects.Negative nothing"},
+    {"Negative, Red", "Effects.Negative #ff0000"},
+    {"Negative, Green", "Effects.Negative #00ff00"},
+    {"Negative, Blue", "Effects.Negative #0000ff"},
+    {"Negative, By Color", "Effects.Negative #ff0080"},
+};
+constexpr Row color[] = {
+    {"Colorize, hue and saturation", "Effects.Colorize #2060c0 true true false"},
+    {"Colorize, hue", "Effects.Colorize #2060c0 true false false"},
+    {"Colorize, saturation", "Effects.Colorize #2060c0 false true false"},
+    {"Colorize, luminance", "Effects.Colorize #2060c0 false false true"},
+    {"Colorize, all three", "Effects.Colorize #2060c0 true true true"},
+    {"Duotone", "Effects.Duotone #c08040"},
+    {"Duotone, blue", "Effects.Duotone #2040c0"},
+    {"Tint", "Effects.Tint 0"},
+    {"Tint -50", "Effects.Tint -50"},
+    {"Tint 50", "Effects.Tint 50"},
+    {"Saturation", "Effects.Saturation 1"},
+    {"Saturation 0", "Effects.Saturation 0"},
+    {"Saturation 0.5", "Effects.Saturation 0.5"},
+    {"Saturation 2", "Effects.Saturation 2"},
+    {"Saturation 10", "Effects.Saturation 10"},
+    {"Normalized Difference, red and green",
+     "Channels.Split + Effects.NormalizedDifference green.png 0 1 0", Source::Photo},
+    {"Red Eye Reduction", "Effects.RedEyeReduction 30 60 170 110 50 50", Source::Face},
+};
+constexpr Row texture[] = {
+    {"Mosaic", "Effects.Mosaic 10 10 7"},
+    {"Mosaic, Black", "Effects.Mosaic 10 10 0"},
+    {"Mosaic, Red", "Effects.Mosaic 10 10 1"},
+    {"Mosaic, Green", "Effects.Mosaic 10 10 2"},
+    {"Mosaic, Yellow", "Effects.Mosaic 10 10 3"},
+    {"Mosaic, Blue", "Effects.Mosaic 10 10 4"},
+    {"Mosaic, Magenta", "Effects.Mosaic 10 10 5"},
+    {"Mosaic, Cyan", "Effects.Mosaic 10 10 6"},
+    {"PatchWork Mosaic",
+     "Effects.Mosaic 26 22 1 + Effects.Mosaic 17 41 2 + Effects.Mosaic 35 10 4 + "
+     "Effects.Mosaic 5 5 7",
+     Source::Large},
+    {"Halftone", "Effects.Halftone 3 false"},
+    {"Halftone, smooth dots", "Effects.Halftone 3 true"},
+    {"Halftone, dots of 8", "Effects.Halftone 8 true"},
+    {"Noise, Gaussian", "Effects.Noise 0 100 false true"},
+    {"Noise, Negative Exponential", "Effects.Noise 1 100 false true"},
+    {"Noise, Rayleigh", "Effects.Noise 2 100 false true"},
+    {"Noise, Uniform", "Effects.Noise 3 100 false true"},
+    {"Noise, Gaussian, variance 1500", "Effects.Noise 0 1500 false true"},
+    {"Noise, Negative Exponential, variance 1500", "Effects.Noise 1 1500 false true"},
+    {"Noise, Rayleigh, variance 1500", "Effects.Noise 2 1500 false true"},
+    {"Noise, Uniform, variance 1500", "Effects.Noise 3 1500 false true"},
+    {"Noise, monochromatic", "Effects.Noise 0 1500 true true"},
+};
+
+constexpr Section sections[] = {
+    {"Blur", blur},
+    {"Sharpen", sharpen},
+    {"Edges and relief", edges},
+    {"Ranks", ranks},
+    {"Means", means},
+    {"Brightness", tone},
+    {"Color", color},
+    {"Tiles and grain", texture},
+};
+
+} // namespace
+
+std::span<const Section> effectSections() {
+    return sections;
+}
+
+} // namespace kvn::gallery
