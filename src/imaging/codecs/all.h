@@ -15,5 +15,7 @@ const Codec& pcxCodec();
 const Codec& icoCodec();
 const Codec& wbmpCodec();
 const Codec& tgaCodec();
+const Codec& wmfCodec();
+const Codec& emfCodec();
 
 } // namespace kvn::imaging

@@ -35,4 +35,9 @@ bool isBmp(std::span<const std::uint8_t> file);
 // are put right as far as the file allows.
 BmpHeader readBmpHeader(std::span<const std::uint8_t> file);
 
+// The same for a bitmap inside another file, without the file header. `pixels` is where they
+// stand if they do not follow the palette.
+BmpHeader readBitmapHeader(std::span<const std::uint8_t> bitmap,
+                           std::span<const std::uint8_t> pixels);
+
 } // namespace kvn::imaging

@@ -7,6 +7,7 @@
 
 #include "basic/error.h"
 #include "imaging/codecs/all.h"
+#include "imaging/pixel_buffer.h"
 
 namespace kvn::imaging {
 
@@ -17,7 +18,9 @@ void ReadLimits::take(std::int64_t width, std::int64_t height, ImageType type) {
                            "Import");
     constexpr std::int64_t longest = std::numeric_limits<int>::max();
     const bool countable = width <= longest && height <= longest;
-    const std::uint64_t row = countable ? rowBytes(type, static_cast<int>(width)) : 0;
+    // With the padding: narrow pictures take more memory than their pixels.
+    const std::uint64_t row =
+        countable ? PixelBuffer::strideFor(rowBytes(type, static_cast<int>(width))) : 0;
     if (!countable || row > pixelBytes / static_cast<std::uint64_t>(height))
         throw RuntimeError(errors::outOfMemory,
                            "The picture of " + size + " is larger than the limit for files.",
@@ -51,6 +54,8 @@ std::span<const Codec* const> codecs() {
         &psdCodec(),
         &pcxCodec(),
         &icoCodec(),
+        &wmfCodec(),
+        &emfCodec(),
         &wbmpCodec(),
         &tgaCodec(),
     };

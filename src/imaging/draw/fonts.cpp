@@ -66,8 +66,8 @@ class FreeTypeFont final : public Font {
                 ascent = os2->usWinAscent / em_;
                 descent = os2->usWinDescent / em_;
             }
-            if (os2->xAvgCharWidth > 0) averageWidth = os2->xAvgCharWidth / em_;
         }
+        measureAverage();
     }
     ~FreeTypeFont() override { FT_Done_Face(face_); }
 
@@ -81,6 +81,18 @@ class FreeTypeFont final : public Font {
         Path path;
         double advance = 0;
     };
+
+    // Weighted by how often the letters and the blank come, as the older fonts state it that files
+    // with widths were made with.
+    void measureAverage() {
+        static constexpr int weights[] = {64, 14, 27, 35, 100, 20, 14, 42, 63, 3,  6, 35, 20,
+                                          56, 56, 17, 4,  49,  56, 71, 31, 10, 18, 3, 18, 2};
+        constexpr int blank = 166, total = 1000;
+        double sum = blank * advance(glyphOf(U' '));
+        for (char32_t letter = U'a'; letter <= U'z'; ++letter)
+            sum += weights[letter - U'a'] * advance(glyphOf(letter));
+        if (sum > 0) averageWidth = sum / total;
+    }
 
     const Glyph& load(unsigned index) {
         if (const auto known = glyphs_.find(index); known != glyphs_.end()) return known->second;

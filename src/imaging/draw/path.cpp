@@ -107,6 +107,13 @@ void Path::append(const Path& other, const Affine& map) {
     if (!other.isEmpty()) open_ = other.open_;
 }
 
+void Path::join(const Path& other, const Affine& map) {
+    const std::size_t at = verbs_.size();
+    const bool joins = open_ && !other.isEmpty();
+    append(other, map);
+    if (joins) verbs_[at] = Verb::Line;
+}
+
 void Path::clear() {
     verbs_.clear();
     points_.clear();

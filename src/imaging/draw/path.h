@@ -39,6 +39,8 @@ class Path {
     void addArc(PointD center, double rx, double ry, double start, double sweep);
     void addRoundRectangle(PointD a, PointD b, double rx, double ry);
     void append(const Path& other, const Affine& map);
+    // The same, but a line leads from the figure begun to `other`, if there is one.
+    void join(const Path& other, const Affine& map);
 
     bool isEmpty() const { return verbs_.empty(); }
     std::size_t size() const { return points_.size(); }

@@ -55,7 +55,10 @@ Surface::Surface(Raster& picture, Effort& effort)
 
 void Surface::fill(const Outline& outline, FillRule rule, const Ink& ink, const Clip& clip) {
     const Rect part = pixelsAround(boundsOf(outline), clip.bounds().intersected(rect()));
-    if (part.isEmpty()) return;
+    double points = 0;
+    for (const Polyline& line : outline)
+        points += static_cast<double>(line.points.size());
+    if (!effort_.spend(perPoint * points) || part.isEmpty()) return;
     ScanConverter scan(part);
     scan.add(outline);
     sweep(scan, rule, ink, clip);
