@@ -26,6 +26,7 @@ constexpr Family families[] = {
     generateOperations,
     paletteOperations,
     resampleOperations,
+    retouchOperations,
     textureOperations,
     toneOperations,
     transformOperations,

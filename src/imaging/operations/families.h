@@ -16,6 +16,7 @@ std::span<const Operation* const> filterOperations();        // blurs, means, ed
 std::span<const Operation* const> generateOperations();      // pictures from nothing
 std::span<const Operation* const> paletteOperations();       // few colours
 std::span<const Operation* const> resampleOperations();      // other sizes, angles, outlines
+std::span<const Operation* const> retouchOperations();       // flaws of photographs
 std::span<const Operation* const> textureOperations();       // tiles, grain
 std::span<const Operation* const> toneOperations();          // curves of the colour channels
 std::span<const Operation* const> transformOperations();     // distortions
