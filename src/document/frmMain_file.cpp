@@ -20,6 +20,7 @@ namespace kvn::document {
 namespace {
 
 constexpr quint32 openFlags = 0x801004; // long names, file must exist, no read-only box, sizable
+constexpr int tiffCode = 3;             // the one type whose files hold several images
 constexpr quint32 saveFlags = 0x800006; // asks before overwriting, no read-only box, sizable
 
 enum NewRow { Width, Height, Background, Alpha, Type };
@@ -104,7 +105,7 @@ bool frmMain::takeChosen() {
     if (image.IsEmpty()) return false;
     try {
         addPages(image, path);
-        IsTiff = ImgX->Info().FileType() == 3;
+        IsTiff = ImgX->Info().FileType() == tiffCode;
         if (IsTiff) TiffPath = path;
         ImgX->Images().setCurrent(ImgX->Images().Item(0));
         readMetadata();
@@ -198,6 +199,12 @@ void frmMain::write(const QString& path, int typeCode) {
     ImgX->Export().Save(path, typeCode, 0, -1);
     Saved = true;
     noteRecentFile(path);
+    const int images = ImgX->Images().Count();
+    if (images > 1 && typeCode != tiffCode)
+        services_.rules.say(
+            QStringLiteral("Only the shown image of %1 was saved: files of this type hold one, "
+                           "TIFF files hold all.")
+                .arg(images));
 }
 
 } // namespace kvn::document

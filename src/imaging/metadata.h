@@ -12,8 +12,12 @@ namespace kvn::imaging {
 
 using Bytes = std::vector<std::uint8_t>;
 
-// A JPEG application marker that is none of those below: number 0 to 15 and its content.
+// A JPEG application marker that is none of those below: number 0 to 15 and its content. Where
+// `Metadata::comment` does not tell a file's comments exactly (several, or zeros at the end), they
+// stand here too.
 struct JpegMarker {
+    static constexpr int comment = 30;
+
     int number = 0;
     Bytes data;
     bool operator==(const JpegMarker&) const = default;
@@ -34,6 +38,7 @@ struct Metadata {
     Bytes icc;       // the profile
     std::string comment;
     std::vector<JpegMarker> jpegMarkers;
+    Bytes trailer; // behind a JPEG picture's end, see jpeg_trailer.h
     std::vector<PngChunk> pngChunks;
     std::vector<std::pair<std::string, std::string>> text; // PNG text chunks, UTF-8
     double gamma = 0;                                      // as the PNG says, 0 if it does not

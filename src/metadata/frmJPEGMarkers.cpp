@@ -14,6 +14,7 @@ namespace kvn::metadata {
 namespace {
 
 constexpr int markers = 14;
+constexpr int leastWidth = 300; // pixels, so that the title is not cut
 
 // What files usually have in a marker; the others are used by few programs, each in its own way.
 QString usualContent(int marker) {
@@ -32,7 +33,9 @@ QString usualContent(int marker) {
 } // namespace
 
 frmJPEGMarkers::frmJPEGMarkers(QWidget* owner)
-    : QDialog(owner), lstJPEGMarkers(new MarkerList(this)) {
+    : QDialog(owner, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
+                         Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint),
+      lstJPEGMarkers(new MarkerList(this)) {
     setObjectName(QStringLiteral("frmJPEGMarkers"));
     setWindowTitle(QStringLiteral("JPEG Markers to Save"));
     lstJPEGMarkers->setObjectName(QStringLiteral("lstJPEGMarkers"));
@@ -55,6 +58,7 @@ frmJPEGMarkers::frmJPEGMarkers(QWidget* owner)
     column->setSpacing(12);
     column->addWidget(lstJPEGMarkers, 1);
     column->addWidget(buttons);
+    setMinimumWidth(leastWidth);
     dialogs::applySkin(this, QString());
 }
 

@@ -68,7 +68,8 @@ void copyMarkers(frmMain& document) {
         const document::WaitCursor wait;
         document.ImgX->Info().CopyMetadata(source, destination);
     }
-    document.services().rules.say(QStringLiteral("%1 has the metadata of %2.")
+    document.services().rules.say(QStringLiteral("%1 has the metadata of %2. This picture "
+                                                 "keeps only marker JPEG_APP1 from now on.")
                                       .arg(fileNameOf(destination), fileNameOf(source)));
 }
 

@@ -234,6 +234,39 @@ class ExifTest : public QObject {
                     .raster.samePixels(reread(jpegCodec(), destination).pages.front().raster));
     }
 
+    void copiesSpeakOfTheirPicture() {
+        // The source has nothing to tell; the destination lies on its side and goes on saying so.
+        Bytes turned = jpegOf(picture(64, 48));
+        Bytes segment = bytesOf(std::string_view("\xff\xe1\0\0Exif\0\0", 10));
+        for (const std::uint8_t byte : ExifMaker(false).make({{0x0112, 3, 8}}, {}, {}))
+            segment.push_back(byte);
+        segment[3] = static_cast<std::uint8_t>(segment.size() - 2);
+        turned.insert(turned.begin() + 2, segment.begin(), segment.end());
+        const Bytes bare = jpegOf(picture(9, 9));
+        const Page page = reread(jpegCodec(), jpegWithMetadataOf(bare, turned)).pages.front();
+        QCOMPARE(page.raster.size(), (Size{48, 64}));
+        QCOMPARE(valueOf(exifTags(*page.metadata), "Make"), std::string("none"));
+
+        // The source's thumbnail shows another picture.
+        Metadata meta;
+        meta.exif = ExifMaker(true).make({{0x0112, 3, 1}}, {}, jpegOf(picture(160, 120)));
+        Raster white(ImageType::Rgb24, 320, 240);
+        std::fill_n(white.edit().row(0), white.rowBytes() * 240, std::uint8_t{250});
+        QTemporaryDir folder;
+        const std::string path = (folder.path() + "/new.jpg").toStdString();
+        const std::string source = (folder.path() + "/source.jpg").toStdString();
+        const Bytes file = jpegOf(picture(320, 240), meta);
+        replaceFile(source, [&](ByteSink& sink) { sink.write(file.data(), file.size()); });
+        Task task;
+        Metadata own;
+        own.comment = "of the page";
+        copyMetadata(source, {white, std::make_shared<Metadata>(own), {}}, {}, path, task);
+        const FileBytes made(path);
+        const Page copy = jpegCodec().read(made.bytes(), {}, task).pages.front();
+        QVERIFY(copy.metadata->comment.empty());
+        QVERIFY(thumbnailOf(*copy.metadata).pixel(5, 60).r > 240);
+    }
+
     void failedCopiesChangeNothing() {
         QTemporaryDir folder;
         const auto put = [&](const char* name, const Bytes& bytes) {

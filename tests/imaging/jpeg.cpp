@@ -294,6 +294,51 @@ class JpegTest : public QObject {
         }
     }
 
+    void commentsStayAsTheyStood() {
+        const Raster raster(ImageType::Gray8, 4, 4);
+        std::vector<std::uint8_t> file = written(raster, {});
+        const Bytes comments = bytesOf(std::string_view("\xff\xfe\0\4ab\xff\xfe\0\4c\0", 12));
+        file.insert(file.begin() + 2, comments.begin(), comments.end());
+        Metadata meta = metadataOf(file);
+        QCOMPARE(meta.comment, std::string("ab\nc"));
+        const auto holds = [&](const Bytes& bytes) {
+            const auto made = written(raster, meta);
+            return !std::ranges::search(made, bytes).empty();
+        };
+        QVERIFY(holds(comments));
+        meta.comment = "another";
+        QVERIFY(!holds({0, 4, 'a', 'b'}) && holds(bytesOf("another")));
+    }
+
+    void archivesFindTheirTexts() {
+        const auto block = [](std::uint8_t kind, std::string_view content) {
+            Bytes bytes = bytesOf(content);
+            const auto length = static_cast<std::uint8_t>(content.size() + 10);
+            for (const std::uint8_t byte :
+                 {0, int{kind}, 0, 0, 0, int{length}, 0xa1, 0xb2, 0xc3, 0xd4})
+                bytes.push_back(byte);
+            return bytes;
+        };
+        const Bytes texts = block(1, "texts"), preview = block(4, "preview"),
+                    facts = block(2, std::string_view("\0\0\0\4\0\0\0\4 more", 13));
+        std::vector<std::uint8_t> file = written(Raster(ImageType::Gray8, 4, 4), {});
+        for (const Bytes& part : {texts, preview, facts})
+            file.insert(file.end(), part.begin(), part.end());
+        const Metadata meta = metadataOf(file);
+        const auto behind = [&](int width, std::uint32_t mask) {
+            WriteOptions options;
+            options.jpegMarkers = mask;
+            const auto made = written(Raster(ImageType::Gray8, width, 4), meta, options);
+            const auto last = std::ranges::find_end(made, Bytes{0xff, 0xd9});
+            return Bytes(last.end(), made.end());
+        };
+        Bytes both = texts;
+        both.insert(both.end(), facts.begin(), facts.end());
+        QCOMPARE(behind(4, 0x3fff), both);
+        QCOMPARE(behind(5, 0x3fff), texts);
+        QCOMPARE(behind(4, 1), facts);
+    }
+
     void iptcMakesItsOwnBlock() {
         Metadata meta;
         meta.iptc = iptcRecord(25, "word");

@@ -8,6 +8,8 @@
 #include "imaging/codecs/tiff_append.h"
 #include "imaging/codecs/tiff_structure.h"
 #include "imaging/convert.h"
+#include "imaging/metadata/exif_block.h"
+#include "imaging/support/exif_maker.h"
 
 using namespace kvn;
 using namespace kvn::test;
@@ -108,6 +110,7 @@ class TiffTest : public QObject {
     void bitsKeepTheirPalette();
     void metadata_data();
     void metadata();
+    void ownTagsAreKept();
     void manyPages();
     void append();
     void appendRefuses();
@@ -196,6 +199,20 @@ void TiffTest::metadata() {
     QCOMPARE(block.number({0, 4, 1, exposure.value.subspan(4, 4)}), std::uint64_t{50});
     const TiffDirectory place = *block.directory(block.number(*main.find(34853)));
     QCOMPARE(TiffStructure::text(*place.find(1)), std::string("N"));
+}
+
+void TiffTest::ownTagsAreKept() {
+    constexpr std::uint16_t rating = 18246;
+    for (const bool big : {false, true}) {
+        Metadata meta;
+        meta.exif = ExifMaker(big).make({{rating, 3, 4}}, {}, {});
+        const Page page{
+            patterned(ImageType::Gray8, 9, 8), std::make_shared<const Metadata>(meta), {}};
+        const Page back = reread(tiffCodec(), written(tiffCodec(), {page, page})).pages.back();
+        const ExifBlock block(back.metadata->exif);
+        QCOMPARE(block.number(ExifBlock::Directory::Main, rating).value_or(0), 4u);
+        QCOMPARE(back.name, std::string());
+    }
 }
 
 void TiffTest::manyPages() {

@@ -86,17 +86,22 @@ Bytes contentBehind(const JpegSegment& segment, std::string_view name) {
     return {rest.begin(), rest.end()};
 }
 
-void addComment(const JpegSegment& segment, std::string& comment) {
-    if (!comment.empty()) comment += '\n';
-    comment.append(segment.data.begin(), segment.data.end());
+// Several comments as one text. Some writers end each with a zero, which is no part of the text.
+std::string joined(const std::vector<Bytes>& comments) {
+    std::string text;
+    for (const Bytes& comment : comments) {
+        if (!text.empty()) text += '\n';
+        text.append(comment.begin(), comment.end());
+        while (text.ends_with('\0'))
+            text.pop_back();
+    }
+    return text;
 }
 
 // The segments that a field of Metadata has room for. False: an opaque marker.
 bool takeKnown(const JpegSegment& segment, Metadata& metadata, IccPieces& icc) {
     const int number = segment.application();
-    if (segment.marker == JpegSegment::comment) {
-        addComment(segment, metadata.comment);
-    } else if (number == 0 && segment.startsWith(jfifName)) {
+    if (number == 0 && segment.startsWith(jfifName)) {
         readDensity(segment, metadata);
         return false;
     } else if (number == 1 && segment.startsWith(exifMark) &&
@@ -119,10 +124,19 @@ bool takeKnown(const JpegSegment& segment, Metadata& metadata, IccPieces& icc) {
 Metadata jpegMetadata(const JpegOutline& outline) {
     Metadata metadata;
     IccPieces icc;
-    for (const JpegSegment& segment : outline.segments)
-        if (!takeKnown(segment, metadata, icc))
-            metadata.jpegMarkers.push_back(
-                {segment.application(), {segment.data.begin(), segment.data.end()}});
+    std::vector<Bytes> comments;
+    for (const JpegSegment& segment : outline.segments) {
+        const Bytes data(segment.data.begin(), segment.data.end());
+        if (segment.marker == JpegSegment::comment)
+            comments.push_back(data);
+        else if (!takeKnown(segment, metadata, icc))
+            metadata.jpegMarkers.push_back({segment.application(), data});
+    }
+    metadata.comment = joined(comments);
+    if (comments.size() > 1 ||
+        (comments.size() == 1 && comments.front().size() != metadata.comment.size()))
+        for (const Bytes& comment : comments)
+            metadata.jpegMarkers.push_back({JpegMarker::comment, comment});
     metadata.icc = icc.profile();
     metadata.iptc = iptcInPhotoshop(metadata.photoshop);
     if (metadata.xDpi <= 0 || metadata.yDpi <= 0)
@@ -185,10 +199,21 @@ std::vector<JpegMarker> jpegSegmentsFor(const Metadata& metadata, std::uint32_t 
         addPhotoshop(all, photoshopFromIptc(metadata.iptc));
     }
     for (const JpegMarker& marker : metadata.jpegMarkers)
-        if (!isJfif(marker)) addWhole(all, marker.number, {}, marker.data);
+        if (!isJfif(marker) && marker.number != JpegMarker::comment)
+            addWhole(all, marker.number, {}, marker.data);
     std::erase_if(all, [&](const JpegMarker& marker) { return !isKept(marker.number, mask); });
     std::ranges::stable_sort(all, {}, &JpegMarker::number);
     return all;
+}
+
+std::vector<Bytes> jpegCommentsFor(const Metadata& metadata) {
+    std::vector<Bytes> comments;
+    for (const JpegMarker& marker : metadata.jpegMarkers)
+        if (marker.number == JpegMarker::comment) comments.push_back(marker.data);
+    if (joined(comments) == metadata.comment) return comments;
+    const std::size_t length = std::min(metadata.comment.size(), longestSegment);
+    return {Bytes(metadata.comment.begin(),
+                  metadata.comment.begin() + static_cast<std::ptrdiff_t>(length))};
 }
 
 namespace {

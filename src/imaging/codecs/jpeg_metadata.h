@@ -21,6 +21,10 @@ Metadata jpegMetadata(const JpegOutline& outline);
 // left out; colour profile and image resources are cut into as many as they need.
 std::vector<JpegMarker> jpegSegmentsFor(const Metadata& metadata, std::uint32_t mask);
 
+// The comment segments to write: those of the file as they stood, unless the comment has become
+// another one since; then that, cut to the length of a segment.
+std::vector<Bytes> jpegCommentsFor(const Metadata& metadata);
+
 // The JFIF header to write.
 struct Jfif {
     // Cameras write EXIF alone, and a file without JFIF stays one, as long as its EXIF block is

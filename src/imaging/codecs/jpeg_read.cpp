@@ -10,6 +10,7 @@
 #include "imaging/codecs/jpeg.h"
 #include "imaging/codecs/jpeg_library.h"
 #include "imaging/codecs/jpeg_metadata.h"
+#include "imaging/codecs/jpeg_trailer.h"
 #include "imaging/metadata/exif_block.h"
 #include "imaging/metadata/orientation.h"
 
@@ -254,6 +255,7 @@ Picture readJpeg(std::span<const std::uint8_t> file, ReadLimits limits, Task& ta
     ReadLimits(limits).take(frame.width, frame.height, typeFor(frame.components));
     checkPlausible(frame, file.size());
     auto metadata = std::make_shared<Metadata>(jpegMetadata(outline));
+    metadata->trailer = jpegTrailer(file);
     Picture picture;
     picture.type = FileType::Jpeg;
 

@@ -5,6 +5,7 @@
 #include "imaging/codecs/jpeg.h"
 #include "imaging/codecs/jpeg_library.h"
 #include "imaging/codecs/jpeg_metadata.h"
+#include "imaging/codecs/jpeg_trailer.h"
 #include "imaging/metadata/for_writing.h"
 
 namespace kvn::imaging {
@@ -79,7 +80,7 @@ class Encoder {
         return (raster_.width() + blockWidth - 1) / blockWidth;
     }
 
-    void start(const std::vector<JpegMarker>& markers, const std::string& comment);
+    void start(const std::vector<JpegMarker>& markers, const std::vector<Bytes>& comments);
     void writeRows(Task* task, ByteSink* sink);
     void finish() {
         must([&] { jpeg_finish_compress(&info_); });
@@ -170,18 +171,17 @@ void Encoder::setJfif(const Jfif& jfif) {
     info_.Y_density = static_cast<UINT16>(jfif.y);
 }
 
-void Encoder::start(const std::vector<JpegMarker>& markers, const std::string& comment) {
+void Encoder::start(const std::vector<JpegMarker>& markers, const std::vector<Bytes>& comments) {
     must([&] { jpeg_start_compress(&info_, TRUE); });
-    const auto put = [&](int marker, const void* data, std::size_t size) {
+    const auto put = [&](int marker, const Bytes& data) {
         must([&] {
-            jpeg_write_marker(&info_, marker, static_cast<const JOCTET*>(data),
-                              static_cast<unsigned>(size));
+            jpeg_write_marker(&info_, marker, data.data(), static_cast<unsigned>(data.size()));
         });
     };
     for (const JpegMarker& marker : markers)
-        put(JPEG_APP0 + marker.number, marker.data.data(), marker.data.size());
-    constexpr std::size_t longestComment = 65533;
-    if (!comment.empty()) put(JPEG_COM, comment.data(), std::min(comment.size(), longestComment));
+        put(JPEG_APP0 + marker.number, marker.data);
+    for (const Bytes& comment : comments)
+        put(JPEG_COM, comment);
 }
 
 void Encoder::writeRows(Task* task, ByteSink* sink) {
@@ -216,7 +216,7 @@ struct Job {
     const Raster& raster;
     const WriteOptions& options;
     std::vector<JpegMarker> markers;
-    std::string comment;
+    std::vector<Bytes> comments;
     Jfif jfif;
 };
 
@@ -225,7 +225,7 @@ void writeWhole(const Job& job, bool optimise, ByteSink& sink, Task& task) {
     encoder.setJfif(job.jfif);
     if (job.options.jpegProgressive) encoder.progressive();
     if (optimise) encoder.optimise();
-    encoder.start(job.markers, job.comment);
+    encoder.start(job.markers, job.comments);
     encoder.writeRows(&task, &sink);
     encoder.finish();
     sink.write(encoder.output().data(), encoder.output().size());
@@ -256,7 +256,8 @@ Bytes codeBand(const Job& job, int y0, int y1, int interval) {
     Encoder encoder(job.raster, job.options, y0, y1);
     encoder.setJfif(job.jfif);
     if (first) encoder.setRestartInterval(interval);
-    encoder.start(first ? job.markers : std::vector<JpegMarker>{}, first ? job.comment : "");
+    encoder.start(first ? job.markers : std::vector<JpegMarker>{},
+                  first ? job.comments : std::vector<Bytes>{});
     encoder.writeRows(nullptr, nullptr);
     encoder.finish();
     const auto file = encoder.output();
@@ -317,13 +318,16 @@ void writeJpeg(const Page& page, const WriteOptions& options, ByteSink& sink, Ta
     checkSides(raster);
     const Metadata metadata = metadataForWriting(page.metadata ? *page.metadata : Metadata{},
                                                  raster, formFor(raster).gray);
-    const Job job{raster, options, jpegSegmentsFor(metadata, options.jpegMarkers), metadata.comment,
-                  jfifFor(metadata, options.jpegMarkers)};
+    const Job job{raster, options, jpegSegmentsFor(metadata, options.jpegMarkers),
+                  jpegCommentsFor(metadata), jfifFor(metadata, options.jpegMarkers)};
     const bool small = std::int64_t{raster.width()} * raster.height() <= smallPicture;
     // Smoothing looks at the rows around a block, so bands would show.
     if (small || options.jpegProgressive || options.jpegSmoothing > 0)
-        return writeWhole(job, small, sink, task);
-    writeBands(job, sink, task);
+        writeWhole(job, small, sink, task);
+    else
+        writeBands(job, sink, task);
+    const Bytes trailer = jpegTrailerFor(metadata, raster, options.jpegMarkers);
+    if (!trailer.empty()) sink.write(trailer.data(), trailer.size());
 }
 
 } // namespace kvn::imaging

@@ -11,7 +11,7 @@ namespace kvn::imaging {
 
 namespace {
 
-constexpr std::size_t longestValue = 1000;
+constexpr std::size_t longestValue = 8000;
 
 // Exiv2 reports oddities of files on standard error unless told not to.
 void silenceExiv2() {
