@@ -9,6 +9,8 @@
 #include <optional>
 #include <vector>
 
+#include "basic/save_file.h"
+
 namespace kvn {
 namespace {
 
@@ -113,7 +115,9 @@ bool writeFile(const QString& file, const Keys& keys) {
     }
     QDir().mkpath(QFileInfo(file).path());
     QSaveFile out(file);
-    return out.open(QIODevice::WriteOnly) && out.write(text.toUtf8()) >= 0 && out.commit();
+    if (!out.open(QIODevice::WriteOnly)) return false;
+    out.write(text.toUtf8());
+    return commitWhole(out);
 }
 
 // The user's file first, then the system's by falling rank.

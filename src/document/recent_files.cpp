@@ -17,6 +17,8 @@
 #include <utility>
 #include <vector>
 
+#include "basic/save_file.h"
+
 namespace kvn::document {
 namespace {
 
@@ -158,7 +160,7 @@ bool enterRecentFile(const QString& list, const QString& path, const QDateTime& 
     writer.writeStartDocument();
     write(writer, *root);
     writer.writeEndDocument();
-    return !writer.hasError() && file.commit();
+    return !writer.hasError() && commitWhole(file);
 }
 
 void noteRecentFile(const QString& path) {

@@ -7,6 +7,8 @@
 #include <QScreen>
 #include <QWidget>
 
+#include "basic/save_file.h"
+
 namespace kvn::shell {
 
 namespace {
@@ -47,7 +49,7 @@ void saveFramePlace(const QWidget& frame) {
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly)) return;
     file.write(frame.saveGeometry().toBase64());
-    file.commit();
+    commitWhole(file);
 }
 
 } // namespace kvn::shell

@@ -6,7 +6,9 @@
 #include <QFileInfo>
 #include <QTemporaryDir>
 #include <QTest>
+#include <csignal>
 #include <memory>
+#include <sys/resource.h>
 
 using namespace kvn;
 
@@ -138,6 +140,21 @@ class SettingsStore : public QObject {
         QVERIFY(!store_.REGSaveSetting(machine, path, "n", "1"));
         QCOMPARE(get("n"), QString("-"));
         QVERIFY(store_.REGDeleteSetting(machine, path, "n"));
+    }
+
+    void fullDiskLeavesTheOldFile() {
+        QVERIFY(store_.REGSaveSetting(machine, path, "n", "1"));
+        const QByteArray before = read(userFile());
+        rlimit old{};
+        getrlimit(RLIMIT_FSIZE, &old);
+        std::signal(SIGXFSZ, SIG_IGN); // then a write beyond the limit fails as on a full disk
+        const rlimit tight{20, old.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &tight);
+        const bool saved = store_.REGSaveSetting(machine, path, "n", "2");
+        setrlimit(RLIMIT_FSIZE, &old);
+        QVERIFY(!saved);
+        QCOMPARE(read(userFile()), before);
+        QCOMPARE(QDir(home_->filePath("kestrelvane")).entryList(QDir::Files).size(), 1);
     }
 
     // A regular close saves everything; a file that nothing changes in keeps its date.
