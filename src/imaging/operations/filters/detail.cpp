@@ -12,15 +12,6 @@ namespace {
 
 constexpr double leastSigma = 0.1, largestSigma = 1000;
 
-// The blurred colours as they look; those of the picture where nothing is visible around.
-void straighten(const float* row, const std::uint8_t* pixels, float* out, int width, int channels) {
-    for (int x = 0; x < width; ++x, row += channels, pixels += channels, out += channels) {
-        const float alpha = row[channels - 1];
-        for (int c = 0; c < channels; ++c)
-            out[c] = alpha >= 0.5f ? row[c] * 255 / alpha : static_cast<float>(pixels[c]);
-    }
-}
-
 // `combine(pixels, blurred, out, count)` makes one row.
 template <class Combine>
 Raster withBlur(const Raster& picture, double radius, Precision precision, Task& task,
@@ -36,7 +27,7 @@ Raster withBlur(const Raster& picture, double radius, Precision precision, Task&
         from, std::clamp(radius, leastSigma, largestSigma), weighted, task,
         [&](int y, const float* row) {
             std::vector<float> straight(weighted ? samples : 0);
-            if (weighted) straighten(row, from.row(y), straight.data(), from.width, channels);
+            if (weighted) straightRow(row, from.row(y), straight.data(), from.width, channels);
             combine(from.row(y), weighted ? straight.data() : row, to.row(y), samples);
             if (!hasAlpha(from.type)) return;
             for (std::size_t i = static_cast<std::size_t>(channels) - 1; i < samples;

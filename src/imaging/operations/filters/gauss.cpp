@@ -363,4 +363,13 @@ void unmultiplyRow(const float* row, const std::uint8_t* pixels, std::uint8_t* o
     }
 }
 
+void straightRow(const float* row, const std::uint8_t* pixels, float* out, int width,
+                 int channels) {
+    for (int x = 0; x < width; ++x, row += channels, pixels += channels, out += channels) {
+        const float alpha = row[channels - 1];
+        for (int c = 0; c < channels; ++c)
+            out[c] = alpha >= 0.5f ? row[c] * 255 / alpha : static_cast<float>(pixels[c]);
+    }
+}
+
 } // namespace kvn::imaging

@@ -40,4 +40,7 @@ void windowRows(const ConstView& view, const std::vector<float>& down,
 void unmultiplyRow(const float* row, const std::uint8_t* pixels, std::uint8_t* out, int width,
                    int channels);
 
+// The same in floats. Where nothing is visible around, all of the pixel stays.
+void straightRow(const float* row, const std::uint8_t* pixels, float* out, int width, int channels);
+
 } // namespace kvn::imaging
