@@ -332,6 +332,26 @@ void ResampleTest::skewSlants() {
         QCOMPARE(fast.index(std::max(0, offset) + 7, 0), source.index(7, 0));
         QCOMPARE(fast.index(std::max(0, -offset) + 7, 40), source.index(7, 40));
     }
+    // Pictures that may be clear go another way, to the same result.
+    Task task;
+    const Raster colored = waves({61, 43}),
+                 clearable = convertType(colored, ImageType::Rgba32, task);
+    for (const int direction : {0, 1})
+        for (const int offset : {13, -30, 1, -2})
+            for (const bool fast : {false, true}) {
+                const auto slant = [&](const Raster& picture, uchar alpha) {
+                    return run("Geometry.Skew", picture,
+                               {whole(direction), whole(offset), Rgba{9, 200, 90, alpha}, fast});
+                };
+                const Raster one = slant(colored, 255), other = slant(clearable, 254);
+                QCOMPARE(one.size(), other.size());
+                for (int y = 0; y < one.height(); ++y)
+                    for (int x = 0; x < one.width(); ++x) {
+                        const Rgba a = one.pixel(x, y), b = other.pixel(x, y);
+                        QVERIFY(std::abs(a.r - b.r) <= 2 && std::abs(a.g - b.g) <= 2 &&
+                                std::abs(a.b - b.b) <= 2);
+                    }
+            }
 }
 
 void ResampleTest::clearPixelsLendNoColor() {

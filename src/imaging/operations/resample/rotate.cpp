@@ -1,4 +1,4 @@
-// Geometry.Rotate and Geometry.Skew.
+// Geometry.Rotate.
 #include <algorithm>
 #include <cmath>
 #include <numbers>
@@ -50,40 +50,6 @@ Raster rotate(const Raster& source, const Arguments& arguments, Task& task) {
     });
 }
 
-constexpr Argument skewArguments[] = {
-    {"direction", ArgumentKind::Integer, 0, 1, "", "0 horizontal, 1 vertical", false, true},
-    {"offset", ArgumentKind::Integer, -65535, 65535, "px",
-     "how far the first row or column is moved against the last one"},
-    {"color", ArgumentKind::Color, 0, 255, "", "what the picture does not cover"},
-    {"fast", ArgumentKind::Boolean, 0, 1, "", "moves rows or columns by whole pixels"},
-};
-
-Raster skew(const Raster& source, const Arguments& arguments, Task& task) {
-    const bool vertical = arguments.integer(0) == 1;
-    const double offset = arguments.integer(1);
-    if (offset == 0) return source;
-    const double growth = std::abs(offset);
-    WarpSettings settings;
-    settings.size = checkedResultSize(source.width() + (vertical ? 0 : growth),
-                                      source.height() + (vertical ? growth : 0), "Geometry.Skew");
-    settings.bordered = true;
-    settings.background = arguments.color(2);
-    settings.smooth = !arguments.boolean(3);
-    // How far the line at `place` of `length` ones is moved.
-    const auto moved = [offset](int place, int length) {
-        const double last = std::max(1, length - 1);
-        return (offset > 0 ? offset : 0) - offset * place / last;
-    };
-    const int width = source.width(), height = source.height();
-    return warped(source, settings, task, [=](int y, int x0, int count, float* toX, float* toY) {
-        const double along = vertical ? 0 : moved(y, height);
-        for (int i = 0; i < count; ++i) {
-            toX[i] = static_cast<float>(x0 + i - along);
-            toY[i] = static_cast<float>(y - (vertical ? moved(x0 + i, width) : 0));
-        }
-    });
-}
-
 } // namespace
 
 const Operation rotateOperation = {
@@ -97,19 +63,6 @@ const Operation rotateOperation = {
     .note =
         "Turns the picture on a canvas that grows; multiples of 90 degrees keep the type, other "
         "angles make 1-bit and palette pictures 24-bit or 32-bit.",
-};
-
-const Operation skewOperation = {
-    .name = "Geometry.Skew",
-    .undoName = "Skew",
-    .arguments = skewArguments,
-    .run = skew,
-    .border = -1,
-    .alpha = AlphaRule::Weighted,
-    .types = TypeRule::Fixed,
-    .note =
-        "Slants the picture on a canvas that grows; 1-bit and palette pictures become 24-bit or "
-        "32-bit unless the offset is 0.",
 };
 
 } // namespace kvn::imaging
