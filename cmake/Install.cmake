@@ -9,6 +9,7 @@ set(app ${CMAKE_SOURCE_DIR}/resources/app)
 install(TARGETS kestrelvane RUNTIME DESTINATION ${KVN_PROGRAM_DIR})
 install(FILES ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/Splash.spl DESTINATION ${KVN_PROGRAM_DIR})
 install(FILES ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/kvn.chm DESTINATION ${KVN_PROGRAM_DIR} OPTIONAL)
+install(DIRECTORY ${CMAKE_SOURCE_DIR}/docs/manual DESTINATION ${KVN_PROGRAM_DIR})
 install(DIRECTORY DESTINATION ${KVN_PROGRAM_DIR}/AlphaMasks)
 file(RELATIVE_PATH link_target ${CMAKE_INSTALL_FULL_BINDIR}
      ${CMAKE_INSTALL_PREFIX}/${KVN_PROGRAM_DIR}/kestrelvane)
@@ -34,5 +35,6 @@ install(FILES ${app}/kestrelvane.svg DESTINATION ${icons}/scalable/apps RENAME $
 install(FILES ${CMAKE_SOURCE_DIR}/README.md ${CMAKE_SOURCE_DIR}/LICENSE
         DESTINATION ${CMAKE_INSTALL_DOCDIR} OPTIONAL)
 
-# A run from the build tree finds the same folder beside the program.
+# A run from the build tree finds the same folders beside the program.
+file(CREATE_LINK ${CMAKE_SOURCE_DIR}/docs/manual ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/manual SYMBOLIC)
 file(MAKE_DIRECTORY ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/AlphaMasks)

@@ -9,8 +9,10 @@
 #include <QStandardPaths>
 #include <QTreeView>
 #include <QUrl>
+#include <algorithm>
 
 #include "dialogs/look.h"
+#include "dialogs/place.h"
 
 namespace kvn::dialogs {
 
@@ -67,17 +69,21 @@ void FileWindow::start(const QString& folder) {
     if (!request_.fileName.isEmpty()) selectFile(proposed.fileName());
 }
 
-// Room for the side bar's names and for whole dates.
+// Room for the side bar's names, for sizes, types and whole dates; the file names take the rest.
 void FileWindow::arrange() {
-    constexpr int sideBar = 150;
-    constexpr int dateColumn = 170;
-    resize(880, 560);
+    constexpr int sideBar = 150, scrollBar = 24, leastName = 160;
+    constexpr int columns[] = {90, 110, 170}; // size, type, date
+    resize(QSize(880, 560).boundedTo(availableSize(*this)));
     if (auto* splitter = findChild<QSplitter*>(QStringLiteral("splitter")))
         splitter->setSizes({sideBar, width() - sideBar});
     if (auto* details = findChild<QTreeView*>(QStringLiteral("treeView"))) {
         QHeaderView* header = details->header();
-        header->resizeSection(header->count() - 1, dateColumn);
-        header->resizeSection(0, 380);
+        int left = width() - sideBar - scrollBar;
+        for (int i = 0; i < 3; ++i) {
+            header->resizeSection(i + 1, columns[i]);
+            left -= columns[i];
+        }
+        header->resizeSection(0, std::max(leastName, left));
     }
 }
 

@@ -219,15 +219,19 @@ void frmDialog::place() {
 
 // The keyboard goes through the rows as they stand, then to the buttons.
 void frmDialog::orderFocus() {
-    QWidget* last = nullptr;
+    QWidget *first = nullptr, *last = nullptr;
     for (const Row& row : rows_) {
         if (!row.control) continue;
         if (last)
             setTabOrder(last, row.control);
         else
-            row.control->setFocus(Qt::TabFocusReason);
+            first = row.control;
         last = row.control;
     }
+    // Among option buttons the keys start from the chosen one.
+    if (first && rows_.front().kind == Option && options_->checkedButton())
+        first = options_->checkedButton();
+    if (first) first->setFocus(Qt::TabFocusReason);
     if (last) setTabOrder(last, cmdOK_);
     setTabOrder(cmdOK_, cmdCancel_);
 }

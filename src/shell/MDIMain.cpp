@@ -29,6 +29,7 @@
 #include "shell/frame_place.h"
 #include "shell/menu_rules.h"
 #include "shell/menu_tree.h"
+#include "shell/pane_keys.h"
 #include "shell/tool_bar.h"
 #include "shell/tool_select.h"
 #include "shell/top_bar.h"
@@ -130,6 +131,7 @@ void MDIMain::connectMenus() {
     // The key of the menu command would end the program without asking: this one closes the frame.
     connect(new QShortcut(QKeySequence(QStringLiteral("Ctrl+Q")), this), &QShortcut::activated,
             this, &QWidget::close);
+    installPaneKeys(*this, windows_->area(), {LeftBar_, TopBar_});
 }
 
 void MDIMain::load() {

@@ -20,4 +20,10 @@ void launchBeside(const document::ProgramState& state, const QString& file) {
     if (QFileInfo::exists(path)) QDesktopServices::openUrl(QUrl::fromLocalFile(path));
 }
 
+QString manualFile(const document::ProgramState& state) {
+    const QString compiled = QStringLiteral("kvn.chm");
+    return QFileInfo::exists(pathBeside(state, compiled)) ? compiled
+                                                          : QStringLiteral("manual/index.html");
+}
+
 } // namespace kvn::shell

@@ -15,4 +15,8 @@ QString pathBeside(const document::ProgramState& state, const QString& file);
 // there is none.
 void launchBeside(const document::ProgramState& state, const QString& file);
 
+// What the Help menu opens: kvn.chm if it lies beside the program, else the first page of the
+// manual there.
+QString manualFile(const document::ProgramState& state);
+
 } // namespace kvn::shell

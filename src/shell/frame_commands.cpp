@@ -9,6 +9,7 @@
 #include "document/frmMain.h"
 #include "document/program_state.h"
 #include "document/report.h"
+#include "shell/beside_program.h"
 #include "shell/document_windows.h"
 #include "shell/frmAbout.h"
 #include "shell/menu/item.h"
@@ -119,7 +120,7 @@ constexpr Entry entries[] = {
      [](const FrameContext& c) { c.windows.arrange(Order::TileVertical); }},
     {"Cascade", menu::single, [](const FrameContext& c) { c.windows.arrange(Order::Cascade); }},
     {"About", menu::single, about},
-    {"Index", menu::single, [](const FrameContext& c) { c.launch(QStringLiteral("kvn.chm")); }},
+    {"Index", menu::single, [](const FrameContext& c) { c.launch(manualFile(c.services.state)); }},
     {"Update", menu::single,
      [](const FrameContext& c) { c.launch(QStringLiteral("Update/Update.exe")); }},
 };

@@ -34,7 +34,7 @@ GradientStrip::GradientStrip(QWidget* parent) : QWidget(parent) {
     setObjectName(QStringLiteral("Gradient"));
     setAccessibleName(QStringLiteral("Colors between foreground and background"));
     setToolTip(QStringLiteral("Left click takes the foreground color, right click the background"));
-    setStatusTip(QStringLiteral("Take a colour between foreground and background; by keyboard: "
+    setStatusTip(QStringLiteral("Take a color between foreground and background; by keyboard: "
                                 "arrows, then Space or Shift+Space"));
     setAccessibleDescription(statusTip());
     setFocusPolicy(Qt::TabFocus);

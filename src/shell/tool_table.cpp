@@ -16,8 +16,8 @@ std::span<const Tool> tools() {
         {11, "Pen", "Draw freehand", "tool-pen"},
         {20, "Eraser", "Draw freehand in white", "tool-eraser"},
         {15, "Text", "Write on the picture", "tool-text"},
-        {16, "Pick Color", "Take a colour from the picture", "tool-pick-color"},
-        {17, "Flood Fill", "Fill an area of one colour", "tool-fill"},
+        {16, "Pick Color", "Take a color from the picture", "tool-pick-color"},
+        {17, "Flood Fill", "Fill an area of one color", "tool-fill"},
         {19, "Crop", "Drag a box and keep only what it holds", "tool-crop"},
     };
     return table;

@@ -188,6 +188,7 @@ class Closing : public QObject {
             QVERIFY(!document::closeAll(desk_->services));
             QVERIFY(!document::runCommand(*document, "ZoomIn"));
             QCOMPARE(document->ImgX->Zoom(), 1.0);
+            QCOMPARE(desk_->rules.said.size(), 3); // each refusal says why
         }
         QVERIFY(document::closeAll(desk_->services));
     }
@@ -197,6 +198,7 @@ class Closing : public QObject {
             QVERIFY(!document::openDocument(desk_->services));
             QCOMPARE(document::openFiles(desk_->services, {desk_->picture("p.png")}), 0);
             QVERIFY(!document::closeAll(desk_->services));
+            QCOMPARE(desk_->rules.said.size(), 3);
             dialog.Cancelled = true;
         };
         QVERIFY(!document::newDocument(desk_->services));

@@ -1,4 +1,5 @@
 // A document window: its set-up, its size, New Image, zoom and title, the read-out, the region.
+#include <QContextMenuEvent>
 #include <QLabel>
 #include <QScrollBar>
 #include <cmath>
@@ -261,6 +262,27 @@ class Window : public QObject {
         QVERIFY(state.HasSelection);
         emit document->ImgX->MouseDown(1, 0, 1, 1);
         QVERIFY(!state.HasSelection);
+    }
+
+    // The right button opens the menu only with tools that have no other use for it.
+    void contextMenuWhereTheButtonIsFree() {
+        frmMain* document = desk_->create();
+        const auto opens = [&](int tool, int mode) {
+            desk_->menus.poppedUp.clear();
+            desk_->state.CurrentTool = qint16(tool);
+            document->ImgX->setToolMode(mode);
+            emit document->ImgX->MouseDown(1, 0, 5, 5);
+            emit document->ImgX->MouseDown(2, 0, 5, 5);
+            return desk_->menus.poppedUp == QStringList{"mnumEffects"};
+        };
+        QVERIFY(opens(0, 0) && opens(1, 2) && opens(16, 0) && opens(17, 0));
+        QVERIFY(!opens(2, 1) && !opens(11, 11) && !opens(15, 0));
+        QVERIFY(!desk_->menus.isEnabled("mnuEffectsCrop", 0)); // readied for this picture
+        document->ImgX->setFocus();
+        desk_->menus.poppedUp.clear();
+        QContextMenuEvent key(QContextMenuEvent::Keyboard, QPoint(1, 1), QPoint(1, 1));
+        QCoreApplication::sendEvent(document->ImgX, &key);
+        QCOMPARE(desk_->menus.poppedUp, QStringList{"mnumEffects"});
     }
 
     void toolsSetModeAndPointer_data() {

@@ -233,8 +233,8 @@ def work(program_path, list_path, folder):
     program.process.wait()
 
 
-def main():
-    program, menu_list = (os.path.abspath(a) for a in sys.argv[1:3])
+def on_virtual_display(task, manager=None):
+    """Runs `task` with a folder of its own, on a bus and a display of its own."""
     if "KVN_INSIDE" not in os.environ:
         if not shutil.which("dbus-run-session") or not shutil.which("Xvfb"):
             sys.exit(77)
@@ -246,18 +246,26 @@ def main():
             os.environ[name] = os.path.join(folder, name.lower())
             os.mkdir(os.environ[name], 0o700)
         read_end, write_end = os.pipe()
-        display = subprocess.Popen(["Xvfb", "-displayfd", str(write_end), "-screen", "0",
-                                    "1280x800x24", "-nolisten", "tcp"], pass_fds=[write_end],
-                                   stderr=subprocess.DEVNULL)
+        servers = [subprocess.Popen(["Xvfb", "-displayfd", str(write_end), "-screen", "0",
+                                     "1280x800x24", "-nolisten", "tcp"], pass_fds=[write_end],
+                                    stderr=subprocess.DEVNULL)]
         os.close(write_end)
         os.environ["DISPLAY"] = ":" + os.read(read_end, 16).decode().strip()
         os.environ["QT_QPA_PLATFORM"] = "xcb"
         os.environ["QT_LINUX_ACCESSIBILITY_ALWAYS_ON"] = "1"
+        if manager:
+            servers.append(subprocess.Popen([manager], stderr=subprocess.DEVNULL))
         try:
-            work(program, menu_list, folder)
+            task(folder)
         finally:
-            display.terminate()
-            display.wait()
+            for server in reversed(servers):
+                server.terminate()
+                server.wait()
+
+
+def main():
+    program, menu_list = (os.path.abspath(a) for a in sys.argv[1:3])
+    on_virtual_display(lambda folder: work(program, menu_list, folder))
 
 
 if __name__ == "__main__":

@@ -18,6 +18,7 @@
 
 #include "dialogs/frmDialog.h"
 #include "document/report.h"
+#include "shell/beside_program.h"
 #include "shell/command_router.h"
 #include "shell/frame_commands.h"
 #include "shell/frame_place.h"
@@ -79,6 +80,8 @@ class FrameTest : public QObject {
     void opensByDoubleClickAndDrop();
     void remembersItsPlace();
     void coordinatesKeepClearOfThePanel();
+    void keysReachEveryPart();
+    void helpOpensWhatLiesBeside();
 };
 
 void FrameTest::loadsInOrder() {
@@ -569,6 +572,34 @@ void FrameTest::coordinatesKeepClearOfThePanel() {
              QStringLiteral("12,7"));
     QCOMPARE(frame.window->findChild<QLabel*>(QStringLiteral("lblArea"))->text(),
              QStringLiteral("300,200"));
+}
+
+// Tab stays within a document; F6 goes round the parts of the frame.
+void FrameTest::keysReachEveryPart() {
+    Frame frame;
+    frame.start();
+    frmMain* form = frame.open("a.png");
+    frame.window->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(frame.window.get()));
+    form->setFocus();
+    const auto within = [&](const char* name) {
+        return frame.window->findChild<QWidget*>(QString::fromLatin1(name))
+            ->isAncestorOf(QApplication::focusWidget());
+    };
+    for (const char* part : {"LeftBar", "TopBar", "MDIClient", "LeftBar"}) {
+        QTest::keyClick(frame.window.get(), Qt::Key_F6);
+        QVERIFY2(within(part), part);
+    }
+    QTest::keyClick(frame.window.get(), Qt::Key_F6, Qt::ShiftModifier);
+    QVERIFY(form->ImgX->hasFocus());
+}
+
+void FrameTest::helpOpensWhatLiesBeside() {
+    Frame frame;
+    QCOMPARE(shell::manualFile(frame.state), QStringLiteral("manual/index.html"));
+    QFile file(frame.folder.filePath("kvn.chm"));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QCOMPARE(shell::manualFile(frame.state), QStringLiteral("kvn.chm"));
 }
 
 QTEST_MAIN(FrameTest)

@@ -14,12 +14,12 @@ constexpr Item alphaItems[] = {
     submenu("mnuChannelsAlpha", 0, "Add Alpha Mask", maskItems)
         .tip("Take a picture as alpha channel"),
     active("mnuChannelsAlpha", 1, "Add Alpha by Color...")
-        .tip("Make a colour transparent or opaque"),
+        .tip("Make a color transparent or opaque"),
     active("mnuChannelsAlpha", 2, "Set Constant Alpha...").tip("Give every pixel the same alpha"),
     active("mnuChannelsAlpha", 3, "Invert Alpha")
         .tip("Make transparent what is opaque, and the reverse"),
     active("mnuChannelsAlpha", 4, "Flatten onto Color...")
-        .tip("Lay the picture on a colour and drop its alpha"),
+        .tip("Lay the picture on a color and drop its alpha"),
     active("mnuChannelsAlpha", 5, "Antialias (Blur Alpha)")
         .tip("Soften the edges of the alpha channel"),
     line("mnuChannelsAlpha", 6),
@@ -34,8 +34,8 @@ constexpr Item swapItems[] = {
 
 constexpr Item rgbItems[] = {
     active("mnuChannelsRGB", 0, "Adjust...").tip("Change red, green and blue"),
-    active("mnuChannelsRGB", 1, "Shift...").tip("Move the colour channels against each other"),
-    submenu("mnuChannelsRGB", 2, "Swap", swapItems).tip("Exchange two colour channels"),
+    active("mnuChannelsRGB", 1, "Shift...").tip("Move the color channels against each other"),
+    submenu("mnuChannelsRGB", 2, "Swap", swapItems).tip("Exchange two color channels"),
 };
 
 constexpr Item hslItems[] = {

@@ -63,7 +63,7 @@ constexpr Item textureItems[] = {
     active("mnuDrawTexture", 0, "Select...").tip("Take a picture file as texture of the pen"),
     submenu("mnuDrawTexture", 1, "Presets", presetItems).tip("Take one of our textures"),
     submenu("mnuDrawTexture", 2, "Gradient", gradientItems)
-        .tip("Take a run between two colours as texture"),
+        .tip("Take a run between two colors as texture"),
     line("mnuDrawTexture", 3),
     active("mnuDrawTexture", 4, "Clear").tip("Draw without a texture"),
     line("mnuDrawTexture", 5),
@@ -73,7 +73,7 @@ constexpr Item textureItems[] = {
 };
 
 constexpr Item setupItems[] = {
-    active("mnuDrawSetup", 0, "Color...").tip("Choose the colour of the pen"),
+    active("mnuDrawSetup", 0, "Color...").tip("Choose the color of the pen"),
     submenu("mnuDrawSetup", 1, "Antialias", antialiasItems).tip("Smoothing of drawn shapes"),
     submenu("mnuDrawSetup", 2, "Thickness", thicknessItems).tip("Thickness of the pen in pixels"),
     submenu("mnuDrawSetup", 3, "Line Style", lineStyleItems).tip("Dashes of thin lines"),

@@ -12,7 +12,7 @@ constexpr Item paletteItems[] = {
     active("mnuEffectsPalette", 4, "Palette File..."),
     line("mnuEffectsPaletteDash"),
     active("mnuEffectsPalDisplayPalFile", "Display Palette File...")
-        .tip("Show the colours of a palette file as a picture"),
+        .tip("Show the colors of a palette file as a picture"),
     frame("mnuEffectsDitherPalette", "Dither Palette")
         .tip("Whether applying a palette dithers")
         .marked(true),
@@ -77,10 +77,10 @@ constexpr Item items[] = {
     active("mnuEffectsAutoDeskew", "AutoDeskew").tip("Straighten a scanned black and white page"),
     line("mnuEffects", 6),
     submenu("mnuEffects", 7, "Apply Palette", paletteItems)
-        .tip("Show the picture in the colours of a palette"),
+        .tip("Show the picture in the colors of a palette"),
     submenu("mnuEffects", 8, "Dither", ditherItems)
-        .tip("Show the picture in few colours, finely mixed"),
-    active("mnuEffects", 9, "Replace a Color...").tip("Change one colour into another"),
+        .tip("Show the picture in few colors, finely mixed"),
+    active("mnuEffects", 9, "Replace a Color...").tip("Change one color into another"),
     line("mnuEffects", 10),
     active("mnuEffects", 11, "&Add Border").tip("Put a border around the picture"),
     active("mnuEffects", 12, "Bevel Edge").tip("Make the edges look bevelled"),

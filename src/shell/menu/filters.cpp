@@ -37,7 +37,7 @@ constexpr Item negativeItems[] = {
     active("mnuFiltersNegativeCols", 2, "Blue"),
     active("mnuFiltersNegativeColor", "By Color...")
         .opens("frmNegativeColor")
-        .tip("Negative by a colour of your choice"),
+        .tip("Negative by a color of your choice"),
 };
 
 constexpr Item sharpenItems[] = {
@@ -65,7 +65,7 @@ constexpr Item customFilterItems[] = {
     active("mnuFiltersCustomFilterOilPainting", "Oil Painting")
         .tip("Make the picture look painted in oil"),
     active("mnuFiltersCustomFilterColorEmboss", "Color Relief")
-        .tip("Make the picture a relief that keeps its colours"),
+        .tip("Make the picture a relief that keeps its colors"),
 };
 
 constexpr Item customMatrixItems[] = {
@@ -88,9 +88,9 @@ constexpr Item vibrationItems[] = {
 
 constexpr Item specialItems[] = {
     submenu("mnuFilters", 17, "Vibration", vibrationItems).tip("Blur as if the camera had shaken"),
-    active("mnuFilters", 34, "Duotone...").tip("Show the picture in tones of one colour"),
+    active("mnuFilters", 34, "Duotone...").tip("Show the picture in tones of one color"),
     active("mnuFilters", 36, "Halftone...").tip("Show the picture in printed dots"),
-    active("mnuFilters", 38, "Tint...").tip("Shift the tint of all colours"),
+    active("mnuFilters", 38, "Tint...").tip("Shift the tint of all colors"),
 };
 
 constexpr Item gammaItems[] = {
@@ -135,8 +135,8 @@ constexpr Item items[] = {
     active("mnuFilters", 9, "Median Cut").tip("Remove noise, keep edges"),
     submenu("mnuFilters", 10, "Morpological Filters", morphoItems)
         .tip("Grow and shrink light areas"),
-    active("mnuFilters", 11, "Mosaic...").tip("Build the picture from coloured blocks"),
-    submenu("mnuFilters", 12, "Negative", negativeItems).tip("Invert the colours"),
+    active("mnuFilters", 11, "Mosaic...").tip("Build the picture from colored blocks"),
+    submenu("mnuFilters", 12, "Negative", negativeItems).tip("Invert the colors"),
     active("mnuFilters", 13, "Red Eye Reduction").tip("Remove red eyes in the selection"),
     submenu("mnuFilters", 14, "Sharpen", sharpenItems).tip("Make the picture sharper"),
     submenu("mnuFilters", 15, "Soften", softenItems).tip("Make the picture softer"),
@@ -157,7 +157,7 @@ constexpr Item items[] = {
     active("mnuFilters", 32, "Threshold").tip("Cut the tones at two levels"),
     active("mnuFilters", 35, "Posterize").tip("Show the picture in few tones"),
     active("mnuFilters", 37, "Solarize").tip("Invert the light tones"),
-    active("mnuFilters", 39, "Saturation...").tip("Make the colours stronger or weaker"),
+    active("mnuFilters", 39, "Saturation...").tip("Make the colors stronger or weaker"),
     active("mnuFilters", 40, "HighPass...").tip("Keep only fine detail"),
 };
 

@@ -11,7 +11,7 @@ constexpr Item flipLinesItems[] = {
 
 constexpr Item cropItems[] = {
     active("mnuEffectsCrop", 0, "Selection").tip("Keep only the selection"),
-    active("mnuEffectsCrop", 1, "AutoCrop").tip("Cut off edges of one colour"),
+    active("mnuEffectsCrop", 1, "AutoCrop").tip("Cut off edges of one color"),
     line("mnuEffectsCrop", 2),
     active("mnuEffectsCrop", 3, "Top Left"),
     active("mnuEffectsCrop", 4, "Top Right"),
@@ -49,7 +49,7 @@ constexpr Item items[] = {
     line("mnuTransformsDash", 0),
     submenu("mnuDemosFlipLines", "Flip Alternating Lines", flipLinesItems)
         .tip("Turn every second line around"),
-    active("mnuDemosGrid", "Draw Color &Grid").tip("Cover the picture with a grid of colours"),
+    active("mnuDemosGrid", "Draw Color &Grid").tip("Cover the picture with a grid of colors"),
     line("mnuTransformsDash", 1),
     submenu("mnuEffects", 0, "&Crop", cropItems)
         .tip("Cut the picture down")

@@ -9,7 +9,7 @@ std::span<const Item> tree() {
         submenu("mnuView", "&View", viewMenu()).tip("Change how the picture is shown"),
         submenu("mnumImages", "&Images", imagesMenu()).tip("Work with the images of a document"),
         submenu("mnumChannels", "&Channels", channelsMenu())
-            .tip("Work on alpha and colour channels"),
+            .tip("Work on alpha and color channels"),
         submenu("mnumDraw", "&Draw", drawMenu()).tip("Set up the pen"),
         submenu("mnumEffects", "&Effects", effectsMenu()).tip("Borders, palettes and effects"),
         submenu("mnumFilters", "Filters", filtersMenu()).tip("Blur, sharpen, adjust and more"),
