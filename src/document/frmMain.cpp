@@ -62,6 +62,7 @@ void frmMain::makeControls() {
                  QStringLiteral("Canvas"));
     ImgXBuffer = hiddenControl(services_, "ImgXBuffer", this);
     imgxAction = hiddenControl(services_, "imgxAction", this);
+    imgxAction->setSinglePage(true);
     TextInput = hiddenText("TextInput", picImgX);
     TextInput2 = hiddenText("TextInput2", picImgX);
 

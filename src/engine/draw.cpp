@@ -78,7 +78,8 @@ void Draw::Image(const engine::Info& picture, int x, int y, const engine::Color*
     imaging::DrawOptions options;
     if (transparent) options.transparent = detail::rgbaOf(*transparent);
     options.opacity = opacity;
-    compose({"Draw.Image", args, label, "Draw Image"}, picture, x, y, options);
+    const QString name = detail::nameOfMaking(picture.ref(), "Draw Image");
+    compose({"Draw.Image", args, label, name}, picture, x, y, options);
 }
 
 void Draw::MergeImage(const engine::Info& picture, int x, int y, const QString& label) {

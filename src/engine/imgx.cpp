@@ -117,6 +117,10 @@ bool ImgX::Modified() const {
     return list_->isModified();
 }
 
+void ImgX::setSinglePage(bool on) {
+    list_->singlePage = on;
+}
+
 // --- undo -----------------------------------------------------------------------------------
 
 void ImgX::setUndoEnabled(bool on) {

@@ -59,6 +59,9 @@ class ImgX : public QAbstractScrollArea {
     engine::Utility Utility() const { return {}; }
     bool IsEmpty() const;
     bool Modified() const;
+    // For a working copy: Import.FromImgX takes the place of all pages, so that none that a
+    // command left behind piles up.
+    void setSinglePage(bool on);
 
     // --- undo ---------------------------------------------------------------
     void setUndoEnabled(bool on);

@@ -120,7 +120,8 @@ void Import::FromClipboard(const QString& label) {
 void Import::FromImgX(const Image& source, int flag, const QString& label) {
     PageList& list = detail::listOf(target_);
     const QJsonArray args{detail::traced(source), flag, label};
-    detail::changeState(list, {"Import.FromImgX", args, label, "Copy Image"},
+    const QString name = detail::nameOfMaking(source.ref(), "Copy Image");
+    detail::changeState(list, {"Import.FromImgX", args, label, name},
                         [&](ListState& next, imaging::Task&) {
                             const PageState& from = detail::pageOf(source.ref());
                             const bool changed = source.ref().list->isChanged(from);
@@ -132,7 +133,9 @@ void Import::FromImgX(const Image& source, int flag, const QString& label) {
                             page.id = id;
                             page.stamp = PageList::nextId();
                             if (first && !changed) list.markSaved(page);
+                            if (list.singlePage) next = {{page}, 0};
                         });
+    if (label.isEmpty()) list.made.clear();
 }
 
 void Import::FromPicture(const QPixmap& picture, const QString& label) {

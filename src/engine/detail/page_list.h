@@ -73,6 +73,8 @@ class PageList {
     std::set<quint64> savedStamps;
     bool pagesTouched = false; // pages were added or removed since load or save
     bool reportsProgress = true;
+    bool singlePage = false; // a copied picture takes the place of all pages
+    QString made; // what made the pictures what they are, as an undo step; empty for a mere copy
     bool busy = false;      // an operation of this list is under way
     quint64 pixelStamp = 0; // of the content that the last single pixel made
     quint64 generation = 0; // grows with every change of the state

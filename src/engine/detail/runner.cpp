@@ -55,6 +55,10 @@ QString stepLabel(const Call& call) {
     return call.label.isEmpty() ? call.undoName : call.label;
 }
 
+void noteMaking(PageList& list, const Call& call) {
+    if (!isNoUndo(call.label)) list.made = stepLabel(call);
+}
+
 bool takesStep(const PageList& list, const Call& call) {
     return list.history.isEnabled() && !isNoUndo(call.label);
 }
@@ -130,6 +134,7 @@ void changeState(PageList& list, const Call& call,
             list.history.hold(list.state);
         }
         list.state = std::move(next);
+        noteMaking(list, call);
     });
     announce(list, pagesDiffer);
 }
@@ -166,6 +171,7 @@ void changeInPlace(PageList& list, const Call& call, const imaging::Rect& rect,
             throw;
         }
         if (recorded) entry.setStep(stepLabel(call));
+        noteMaking(list, call);
     });
     ++list.generation;
     if (list.observer) list.observer->pictureChanged(clipped);
@@ -208,11 +214,17 @@ void recordCall(Engine& engine, const TraceIdentity& who, const QString& op, con
     if (body) translated(entry, op, body);
 }
 
+QString nameOfMaking(const PageRef& source, const char* otherwise) {
+    const bool isKnown = source.list && !source.list->made.isEmpty();
+    return isKnown ? source.list->made : QString::fromLatin1(otherwise);
+}
+
 void saveUndo(PageList& list, const QString& label) {
     const Call call{"ImgX.SaveUndo", {label}, label, "Undo"};
     Trace::Call entry(list.engine().trace(), list.who, call.op, call.args);
     translated(entry, call.op, [&] {
         const BusyMark mark(list, call.op);
+        noteMaking(list, call);
         if (!takesStep(list, call)) return;
         list.history.record(stepLabel(call).toStdString(), list.state);
         entry.setStep(stepLabel(call));

@@ -63,6 +63,10 @@ void runNamed(const PageRef& target, const QString& operation, std::vector<imagi
 void recordCall(Engine& engine, const TraceIdentity& who, const QString& op, const QJsonArray& args,
                 const std::function<void()>& body = {});
 
+// The own name of a call that brings in `source`: what made that picture. So the step of a command
+// that works on a copy is called after the command. `otherwise` where nothing is known.
+QString nameOfMaking(const PageRef& source, const char* otherwise);
+
 // Takes a step with the present state as its content, for the operations that follow.
 void saveUndo(PageList& list, const QString& label);
 
