@@ -11,6 +11,7 @@
 #include "basic/settings_store.h"
 #include "document/desk.h"
 #include "document/settings.h"
+#include "effects/commands.h"
 #include "shell/MDIMain.h"
 #include "shell/document_windows.h"
 #include "shell/menu_tree.h"
@@ -35,6 +36,7 @@ struct Frame {
         engine.setFileChooser(&user);
         state.programFolder = folder.path();
         document::addDocumentCommands(state.commands);
+        effects::addEffectsCommands(state.commands);
         shell::ProcessHooks hooks{[this](const QString& text) { title = text; },
                                   [this] { endedNow = true; }, [this] { endedSoon = true; }};
         window = std::make_unique<shell::MDIMain>(engine, user, progress, state, store, hooks);
