@@ -152,8 +152,9 @@ void ResampleTest::resizeIsTheKernel_data() {
 
 void ResampleTest::resizeIsTheKernel() {
     QFETCH(int, method);
-    constexpr int margin = 40;
-    constexpr Size targets[] = {{29, 7}, {12, 40}, {5, 3}, {67, 43}, {31, 19}};
+    constexpr int margin = 70;
+    constexpr Size targets[] = {{29, 7},  {12, 40}, {5, 3},  {67, 43},
+                                {31, 19}, {62, 38}, {2, 18}, {18, 2}};
     for (const ImageType type : everyType)
         for (const Size from : {Size{31, 19}, Size{1, 9}, Size{9, 1}}) {
             const Raster source = noise(type, from, 5);
@@ -166,7 +167,7 @@ void ResampleTest::resizeIsTheKernel() {
                     across.push_back(lineWeights(method, from.width, to.width, x, margin));
                 for (int y = 0; y < to.height; y += 3) {
                     const auto down = lineWeights(method, from.height, to.height, y, margin);
-                    for (int x = 0; x < to.width; x += 2) {
+                    for (int x = y % 2; x < to.width; x += 2) {
                         const Mixed expected =
                             mixedAt(source, across[static_cast<std::size_t>(x)], down, margin);
                         QVERIFY2(differenceFrom(expected, result.pixel(x, y)) <= 1,

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "basic/error.h"
+#include "imaging/operations/resample/doubled.h"
 #include "imaging/operations/resample/reconstruction.h"
 #include "imaging/operations/resample/resample.h"
 #include "imaging/operations/resample/resize_rows.h"
@@ -153,6 +154,9 @@ AxisWeights axisFor(int method, int from, int to, int padding) {
 
 Raster filtered(const Raster& picture, Size size, int method, Task& task) {
     const Raster source = promoted(picture, task);
+    if (size == Size{2 * source.width(), 2 * source.height()} && isOpaque(source))
+        if (const Reconstruction kernel = reconstructionFor(method, 0.5); canDouble(kernel))
+            return doubledPicture(source, kernel, task);
     Raster result = Raster::uninitialized(source.type(), size.width, size.height);
     const int channels = bytesPerPixel(source.type());
     const Resampler job{source.view(),
