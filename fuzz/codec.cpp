@@ -9,7 +9,7 @@ using namespace kvn::imaging;
 
 namespace {
 
-constexpr std::uint64_t pixelBytes = std::uint64_t{32} << 20;
+constexpr std::uint64_t pixelBytes = std::uint64_t{8} << 20;
 
 void require(bool isTrue) {
     if (!isTrue) __builtin_trap();
@@ -29,7 +29,7 @@ Picture read(const Codec& codec, std::span<const std::uint8_t> file) {
 std::uint64_t bytesOf(const Picture& picture) {
     std::uint64_t bytes = 0;
     for (const auto& page : picture.pages)
-        bytes += page.raster.rowBytes() * static_cast<std::uint64_t>(page.raster.height());
+        bytes += page.raster.byteSize();
     return bytes;
 }
 

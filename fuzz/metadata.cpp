@@ -3,10 +3,10 @@
 #include "basic/error.h"
 #include "fuzz/one_input.h"
 #include "imaging/codecs/all.h"
+#include "imaging/exif.h"
 #include "imaging/metadata/copy.h"
 #include "imaging/metadata/for_writing.h"
 #include "imaging/metadata/photoshop.h"
-#include "imaging/metadata/tag_list.h"
 
 using namespace kvn;
 using namespace kvn::imaging;

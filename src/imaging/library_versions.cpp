@@ -12,6 +12,7 @@
 #include <png.h>
 #include <sodium.h>
 #include <tiffio.h>
+#include <zlib.h>
 
 #define KVN_TEXT_OF(x) #x
 #define KVN_TEXT(x) KVN_TEXT_OF(x)
@@ -43,6 +44,7 @@ std::vector<std::pair<std::string, std::string>> libraryVersions() {
         {"OpenCV", cv::getVersionString()},
         {"Highway", dotted(HWY_MAJOR, HWY_MINOR, HWY_PATCH)},
         {"libdeflate", LIBDEFLATE_VERSION_STRING},
+        {"zlib", zlibVersion()},
         {"libsodium", sodium_version_string()},
     };
 }

@@ -18,7 +18,6 @@ namespace kvn::imaging {
 
 namespace {
 
-constexpr std::size_t rowAlignment = 64;
 constexpr std::size_t readAhead = 64; // lets vector code load whole registers at the end
 constexpr std::size_t largeBlock = std::size_t{4} << 20;
 constexpr std::size_t hugePage = std::size_t{2} << 20;
@@ -176,7 +175,7 @@ struct PixelBuffer::Block {
 PixelBuffer::PixelBuffer(std::size_t rowBytes, int rows, bool zeroed) {
     const std::size_t limit = maxBytes();
     if (rows <= 0 || rowBytes == 0 || rowBytes > limit) throwOutOfMemory();
-    stride_ = roundUp(rowBytes, rowAlignment);
+    stride_ = strideFor(rowBytes);
     rows_ = rows;
     if (stride_ > limit / static_cast<std::size_t>(rows)) throwOutOfMemory();
     try {

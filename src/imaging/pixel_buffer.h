@@ -21,6 +21,11 @@ class PixelBuffer {
     // The same with every byte 0, for less than a fill costs where the memory is fresh.
     static PixelBuffer zeroed(std::size_t rowBytes, int rows) { return {rowBytes, rows, true}; }
 
+    // What one row of so many bytes takes.
+    static constexpr std::size_t strideFor(std::size_t rowBytes) {
+        return (rowBytes + rowAlignment - 1) / rowAlignment * rowAlignment;
+    }
+
     bool isNull() const { return !block_; }
     int rows() const { return rows_; }
     std::size_t stride() const { return stride_; }
@@ -43,6 +48,8 @@ class PixelBuffer {
     static void trimCache();
 
   private:
+    static constexpr std::size_t rowAlignment = 64;
+
     struct Block;
     PixelBuffer(std::size_t rowBytes, int rows, bool zeroed);
 

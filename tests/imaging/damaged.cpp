@@ -97,7 +97,7 @@ void Damaged::everyCodecStandsIt() {
                 std::uint64_t bytes = 0;
                 for (const Page& page : picture.pages) {
                     QVERIFY(page.raster.width() > 0 && page.raster.height() > 0);
-                    bytes += page.raster.rowBytes() * static_cast<unsigned>(page.raster.height());
+                    bytes += page.raster.byteSize();
                     const Rgba last =
                         page.raster.pixel(page.raster.width() - 1, page.raster.height() - 1);
                     Q_UNUSED(last);

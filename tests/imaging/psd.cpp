@@ -7,6 +7,7 @@
 
 #include "imaging/codec_pages.h"
 #include "imaging/codecs/all.h"
+#include "imaging/codecs/zlib_data.h"
 #include "imaging/convert.h"
 #include "imaging/support/exif_maker.h"
 
@@ -77,6 +78,51 @@ File floats(std::initializer_list<float> values) {
     return out;
 }
 
+// 8-bit samples as deeper ones of the same light.
+File deepened(const File& samples, int bits) {
+    File out;
+    for (const std::uint8_t sample : samples)
+        if (bits == 32)
+            put(out, std::bit_cast<std::uint32_t>(static_cast<float>(sample) / 255), 4);
+        else
+            put(out, bits == 16 ? sample * 257u : sample, bits / 8);
+    return out;
+}
+
+// Rows of `width` samples as their differences; those of floats byte by byte.
+File differences(const File& rows, std::size_t width, int bits) {
+    const std::size_t bytes = static_cast<std::size_t>(bits) / 8, size = width * bytes;
+    File out;
+    for (std::size_t row = 0; row < rows.size(); row += size)
+        if (bits == 16) {
+            int before = 0;
+            for (std::size_t i = row; i < row + size; i += 2) {
+                const int sample = rows[i] << 8 | rows[i + 1];
+                put(out, static_cast<std::uint16_t>(sample - before), 2);
+                before = sample;
+            }
+        } else {
+            std::uint8_t before = 0;
+            for (std::size_t i = 0; i < size; ++i) {
+                const std::uint8_t byte = rows[row + i % width * bytes + i / width];
+                out.push_back(static_cast<std::uint8_t>(byte - before));
+                before = byte;
+            }
+        }
+    return out;
+}
+
+int farthest(const Raster& a, const Raster& b) {
+    int most = 0;
+    for (int y = 0; y < a.height(); ++y)
+        for (int x = 0; x < a.width(); ++x) {
+            const Rgba p = a.pixel(x, y), q = b.pixel(x, y);
+            most = std::max({most, std::abs(p.r - q.r), std::abs(p.g - q.g), std::abs(p.b - q.b),
+                             std::abs(p.a - q.a)});
+        }
+    return most;
+}
+
 // A layer section that names so many layers and has nothing of them.
 File layerCount(int count) {
     File out;
@@ -97,6 +143,8 @@ class PsdTest : public QObject {
     void upright();
     void deepSamples();
     void modes();
+    void everyDepthAndPacking();
+    void cutZipIsReadAsFarAsItGoes();
     void indexed();
     void alphaRule();
     void oneLayer();
@@ -233,6 +281,63 @@ void PsdTest::modes() {
     lab.pixels = {138, 209, 198};
     const Rgba red = decoded(lab).pixel(0, 0);
     QVERIFY(red.r > 250 && red.g < 12 && red.b < 12);
+}
+
+// The same samples, 8, 16 and 32 bits deep, raw and zipped, give the same picture in every mode.
+void PsdTest::everyDepthAndPacking() {
+    struct Mode {
+        int number, colors;
+    };
+    for (const auto [mode, colors] : {Mode{1, 1}, Mode{3, 3}, Mode{4, 4}, Mode{8, 1}, Mode{9, 3}})
+        for (const int channels : {colors, colors + 1}) {
+            PsdBuilder builder{.channels = channels, .width = 5, .height = 3, .mode = mode};
+            for (int i = 0; i < channels * 15; ++i)
+                builder.pixels.push_back(static_cast<std::uint8_t>(31 * i * i + 7));
+            const File samples = builder.pixels;
+            const Raster plain = decoded(builder);
+            QCOMPARE(hasAlpha(plain.type()), channels > colors);
+            for (builder.bits = 8; builder.bits <= 32; builder.bits *= 2)
+                for (builder.compression = 0; builder.compression <= 3; ++builder.compression) {
+                    if (builder.compression == 1) continue;
+                    const File deep = deepened(samples, builder.bits);
+                    builder.pixels = builder.compression == 0 ? deep
+                                     : builder.compression == 2
+                                         ? deflateZlib(deep)
+                                         : deflateZlib(differences(deep, 5, builder.bits));
+                    const Raster raster = decoded(builder);
+                    QCOMPARE(raster.type(), plain.type());
+                    // Rounding on the way from L*a*b*.
+                    const int tolerance = mode == 9 && builder.bits == 32 ? 1 : 0;
+                    QVERIFY2(farthest(raster, plain) <= tolerance,
+                             qPrintable(QString("mode %1, %2 bits, compression %3")
+                                            .arg(mode)
+                                            .arg(builder.bits)
+                                            .arg(builder.compression)));
+                }
+        }
+    const PsdBuilder bits{.channels = 1,
+                          .width = 9,
+                          .bits = 1,
+                          .mode = 0,
+                          .compression = 2,
+                          .pixels = deflateZlib(File{0x80, 0x80})};
+    QCOMPARE(decoded(bits).pixel(0, 0), (Rgba{0, 0, 0, 255}));
+    QCOMPARE(decoded(bits).pixel(7, 0), (Rgba{255, 255, 255, 255}));
+}
+
+void PsdTest::cutZipIsReadAsFarAsItGoes() {
+    PsdBuilder builder{
+        .channels = 1, .width = 400, .height = 40, .mode = 1, .compression = 3, .pixels = {}};
+    File noise;
+    std::mt19937 random(3);
+    for (int i = 0; i < 400 * 40; ++i)
+        noise.push_back(static_cast<std::uint8_t>(random()));
+    builder.pixels = deflateZlib(noise);
+    builder.pixels.resize(builder.pixels.size() / 2);
+    const Picture picture = reread(psdCodec(), builder.file());
+    QCOMPARE(picture.warnings.size(), std::size_t{1});
+    QCOMPARE(picture.pages.front().raster.pixel(0, 10).r, noise[4000]);
+    QCOMPARE(picture.pages.front().raster.pixel(0, 39).r, std::uint8_t{0});
 }
 
 void PsdTest::indexed() {

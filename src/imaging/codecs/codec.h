@@ -20,7 +20,7 @@ namespace kvn::imaging {
 
 // How much one file may ask for. Checked from its headers before anything is allocated.
 struct ReadLimits {
-    std::uint64_t pixelBytes = std::uint64_t{2} << 30; // decoded pixels of all pages together
+    std::uint64_t pixelBytes = std::uint64_t{2} << 30; // memory of all decoded pages together
     int maxPages = 65536;
     // Throws RuntimeError(outOfMemory) with a message that names the size when a page of this
     // size would pass the limit; otherwise takes its bytes off the budget. Throws invalidPicture

@@ -9,6 +9,7 @@
 #include "imaging/codecs/psd_file.h"
 #include "imaging/codecs/psd_read.h"
 #include "imaging/codecs/psd_write.h"
+#include "imaging/codecs/psd_zip.h"
 #include "imaging/metadata/orientation.h"
 
 namespace kvn::imaging {
@@ -29,6 +30,7 @@ class PsdCodec final : public Codec {
         PsdFile psd = readPsdFile(file);
         limits.take(psd.width, psd.height, psd.type);
         requirePlausible(psd.width, psd.height, psd.type, psd.pixels.size());
+        if (psd.zipped && psd.layer.empty()) unzipPsd(psd, limits);
         Picture picture;
         picture.type = FileType::Psd;
         Page page;

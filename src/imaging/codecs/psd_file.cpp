@@ -117,9 +117,12 @@ ImageType typeOf(const PsdFile& psd) {
 void setPixels(PsdFile& psd, std::span<const std::uint8_t> data) {
     const std::uint32_t compression = BigFields(data).u16(0);
     if (data.size() < 2) refuse("The PSD file is cut off before its pixels.");
-    if (compression > 1)
+    enum : std::uint32_t { raw, runs, zip, zipOfDifferences };
+    if (compression > zipOfDifferences)
         refuse("The PSD file has an unknown compression (" + std::to_string(compression) + ").");
-    psd.packed = compression == 1;
+    psd.packed = compression == runs;
+    psd.zipped = compression == zip || compression == zipOfDifferences;
+    psd.differences = compression == zipOfDifferences;
     psd.pixels = data.subspan(2);
 }
 

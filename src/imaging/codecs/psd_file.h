@@ -34,7 +34,9 @@ struct PsdFile {
     bool alpha = false;
     // The colours are blended with white by that alpha.
     bool matted = false;
-    bool packed = false;
+    bool packed = false; // run lengths
+    bool zipped = false; // until unzipPsd
+    bool differences = false;
     // Shown instead of the merged picture, which is the same but for rounding, if not empty.
     PsdChannels layer;
     ImageType type = ImageType::Rgb24;
@@ -42,6 +44,7 @@ struct PsdFile {
     PsdResources resources;
     int orientation = 1;                  // as in EXIF
     std::span<const std::uint8_t> pixels; // behind the compression's number
+    Bytes unzipped;
 };
 
 bool isPsd(std::span<const std::uint8_t> file);

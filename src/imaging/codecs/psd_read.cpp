@@ -6,7 +6,7 @@
 #include <cstring>
 
 #include "imaging/codecs/fields.h"
-#include "imaging/codecs/psd_packbits.h"
+#include "imaging/codecs/packbits.h"
 #include "imaging/codecs/tiff_color.h"
 
 namespace kvn::imaging {
@@ -37,7 +37,7 @@ class Planes {
         const std::uint64_t start = plane.starts[static_cast<std::size_t>(y)];
         const std::uint64_t end = plane.starts[static_cast<std::size_t>(y) + 1];
         const auto data = partOf(plane.data, start, end - start);
-        if (plane.packed) return unpackPsdRow(data, row) == row.size();
+        if (plane.packed) return unpackBits(data, row) == row.size();
         std::ranges::copy(data, row.begin());
         return data.size() == row.size();
     }

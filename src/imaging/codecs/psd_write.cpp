@@ -6,9 +6,9 @@
 
 #include "imaging/codecs/fields.h"
 #include "imaging/codecs/one_page.h"
+#include "imaging/codecs/packbits.h"
 #include "imaging/codecs/psd_file.h"
 #include "imaging/codecs/psd_layer.h"
-#include "imaging/codecs/psd_packbits.h"
 #include "imaging/convert.h"
 #include "imaging/metadata/for_writing.h"
 
@@ -132,8 +132,9 @@ std::vector<Bytes> packedRows(const Raster& raster, bool onWhite, Task& task) {
     parallelRows(view.height, task, [&](int y0, int y1) {
         for (int y = y0; y < y1; ++y)
             for (int c = 0; c < channels; ++c)
-                rows[static_cast<std::size_t>(c) * height + static_cast<std::size_t>(y)] =
-                    packPsdRow(channelRow(raster, view.row(y), c, onWhite));
+                appendPackedBits(
+                    channelRow(raster, view.row(y), c, onWhite),
+                    rows[static_cast<std::size_t>(c) * height + static_cast<std::size_t>(y)]);
     });
     return rows;
 }

@@ -170,6 +170,14 @@ class PageDecoder {
             miss({chunk.rect.x, chunk.rect.y + rows, chunk.rect.width, chunk.rect.height - rows});
     }
 
+    // Some of the library's decoders call a strip whole that they have not filled: fax where the
+    // file's fields contradict each other, Deflate where its last block is too long.
+    void clearUnlessFilled(std::uint8_t* to, std::size_t size) const {
+        if (layout_.compression != COMPRESSION_NONE && layout_.compression != COMPRESSION_LZW &&
+            layout_.compression != COMPRESSION_PACKBITS)
+            std::memset(to, 0, size);
+    }
+
     int wholeRows(tmsize_t bytes) const {
         return bytes <= 0
                    ? 0
@@ -177,6 +185,7 @@ class PageDecoder {
     }
 
     int readTile(TIFF* tiff, std::uint32_t index, std::uint8_t* to) const {
+        clearUnlessFilled(to, layout_.chunkBytes);
         return wholeRows(
             TIFFReadEncodedTile(tiff, index, to, static_cast<tmsize_t>(layout_.chunkBytes)));
     }
@@ -186,6 +195,7 @@ class PageDecoder {
                   std::uint8_t* to) const {
         if (TIFFGetStrileByteCount(tiff, index) == 0) return 0;
         const std::size_t size = layout_.chunkRowBytes * static_cast<std::size_t>(rect.height);
+        clearUnlessFilled(to, size);
         const int rows =
             wholeRows(TIFFReadEncodedStrip(tiff, index, to, static_cast<tmsize_t>(size)));
         if (rows > 0) return rows;

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "imaging/codecs/deflate.h"
+#include "imaging/codecs/packbits.h"
 #include "imaging/codecs/tiff_handle.h"
 #include "imaging/convert.h"
 
@@ -71,6 +72,14 @@ void storeDifferences(Bytes& rows, std::size_t rowSize, std::size_t samples) {
         for (std::size_t i = rowSize - 1; i >= samples; --i)
             row[i] = static_cast<std::uint8_t>(row[i] - row[i - samples]);
     }
+}
+
+Bytes packedBits(const Bytes& rows, std::size_t rowSize) {
+    Bytes packed;
+    packed.reserve(rows.size() + rows.size() / 64 + 2 * (rows.size() / rowSize + 1));
+    for (std::size_t start = 0; start < rows.size(); start += rowSize)
+        appendPackedBits({rows.data() + start, rowSize}, packed);
+    return packed;
 }
 
 // The fields that tell the library's encoders what they need.
@@ -161,6 +170,10 @@ void packTiffStrip(const TiffForm& form, int strip, Bytes& packed) {
     const int y1 = std::min(y0 + form.rowsPerStrip, form.raster.height());
     joinRows(form.raster.view(), y0, y1, packed);
     if (form.compression == COMPRESSION_NONE) return;
+    if (form.compression == COMPRESSION_PACKBITS) {
+        packed = packedBits(packed, form.raster.rowBytes());
+        return;
+    }
     if (form.compression != COMPRESSION_ADOBE_DEFLATE) {
         packed = packedByLibrary(form, packed, y1 - y0, nullptr);
         return;

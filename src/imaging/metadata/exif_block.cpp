@@ -84,15 +84,19 @@ int valueSize(std::uint16_t type) {
 
 } // namespace
 
+std::size_t ExifBlock::firstValue(const Entry& entry) const {
+    const int size = valueSize(entry.type);
+    if (size == 0 || entry.count < 1) return 0;
+    const bool isInside = entry.count <= 4 / static_cast<std::uint32_t>(size);
+    const std::size_t at = isInside ? entry.value : read(entry.value, 4);
+    return has(at, static_cast<std::size_t>(size)) ? at : 0;
+}
+
 std::optional<std::uint32_t> ExifBlock::number(Directory directory, std::uint16_t tag) const {
     const auto entry = find(directory, tag);
-    if (!entry || entry->count < 1) return {};
-    const int size = valueSize(entry->type);
-    if (size == 0) return {};
-    std::size_t at = entry->value;
-    if (entry->count > 4 / static_cast<std::uint32_t>(size)) at = read(at, 4);
-    if (!has(at, static_cast<std::size_t>(size))) return {};
-    return read(at, size);
+    const std::size_t at = entry ? firstValue(*entry) : 0;
+    if (at == 0) return {};
+    return read(at, valueSize(entry->type));
 }
 
 std::optional<double> ExifBlock::fraction(Directory directory, std::uint16_t tag) const {
@@ -105,11 +109,13 @@ std::optional<double> ExifBlock::fraction(Directory directory, std::uint16_t tag
 
 bool ExifBlock::setNumber(Directory directory, std::uint16_t tag, std::uint32_t value) {
     const auto entry = find(directory, tag);
-    if (!entry || entry->count != 1) return false;
-    if (entry->type != typeShort && entry->type != typeLong) return false;
-    const bool wide = entry->type == typeLong || value > 0xffff;
-    if (wide) write(entry->value - 6, typeLong, 2);
-    write(entry->value, value, wide ? 4 : 2);
+    const std::size_t at = entry ? firstValue(*entry) : 0;
+    if (at == 0) return false;
+    const int size = valueSize(entry->type);
+    const bool fits = size == 4 || value >> 8 * size == 0;
+    if (!fits && entry->count != 1) return false;
+    if (!fits) write(entry->value - 6, typeLong, 2);
+    write(at, value, fits ? size : 4);
     return true;
 }
 

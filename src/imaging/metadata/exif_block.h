@@ -35,8 +35,8 @@ class ExifBlock {
     // The first value of an unsigned fraction; nothing for a denominator of 0.
     std::optional<double> fraction(Directory directory, std::uint16_t tag) const;
 
-    // Overwrites the first value of a 16-bit or 32-bit tag; one that is too large for a single
-    // 16-bit value turns it into a 32-bit one. False if there is no such tag.
+    // Overwrites the first value of such a tag; one that is too large for a single value turns it
+    // into a 32-bit one. False if there is no such tag, or no room in its values.
     bool setNumber(Directory directory, std::uint16_t tag, std::uint32_t value);
     // The same, but adds the tag to the main directory (which moves to the end of the block, its
     // entries unchanged) if it is not there. False if the block has no readable main directory.
@@ -63,6 +63,8 @@ class ExifBlock {
     std::size_t start(Directory directory) const;
     std::size_t thumbnailLink() const;
     std::optional<Entry> find(Directory directory, std::uint16_t tag) const;
+    // Where the first value stands; 0 if it is no whole number or lies outside the block.
+    std::size_t firstValue(const Entry& entry) const;
 
     Bytes bytes_;
     bool bigEndian_ = false;
