@@ -41,7 +41,7 @@ class ClipboardPicture : public QMimeData {
 };
 
 imaging::Page fileForm(const PageState& page) {
-    return {page.raster, page.metadata, page.name};
+    return {page.raster, page.metadata, page.pageName};
 }
 
 const imaging::Codec& codecForSaving(const QString& path, int typeCode) {

@@ -66,7 +66,7 @@ void Info::CopyMetadata(const QString& source, const QString& destination) {
         if (QFileInfo::exists(destination)) return imaging::copyMetadata(from, to);
         const PageState& page = pageOf(page_);
         detail::ProgressReport progress(list, "Save");
-        imaging::copyMetadata(from, {page.raster, page.metadata, page.name}, list.options, to,
+        imaging::copyMetadata(from, {page.raster, page.metadata, {}}, list.options, to,
                               progress.task());
     });
 }

@@ -37,6 +37,7 @@ std::vector<PageState> pagesFrom(std::span<const std::uint8_t> bytes, const QStr
         state.raster = std::move(read.raster);
         state.metadata = std::move(read.metadata);
         state.name = fileNameOf(name).toStdString();
+        state.pageName = std::move(read.name);
         state.fileType = picture.type;
         states.push_back(std::move(state));
     }

@@ -23,7 +23,8 @@ struct PageState {
     std::uint64_t stamp = 0;
     imaging::Raster raster;
     imaging::MetadataRef metadata;
-    std::string name;
+    std::string name;     // of the file it came from
+    std::string pageName; // its own within that file, mostly empty
     imaging::FileType fileType = imaging::FileType::Unknown;
 };
 

@@ -1,0 +1,209 @@
+// The commands of the Metadata menu with their windows and questions.
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QLineEdit>
+#include <QPushButton>
+
+#include "camera_file.h"
+#include "engine/metadata.h"
+#include "metadata/frmEXIF.h"
+#include "metadata/frmJPEGMarkers.h"
+#include "metadata/marker_list.h"
+#include "metadata/tag_box.h"
+
+using namespace kvn;
+using namespace kvn::test;
+using metadata::frmEXIF;
+using metadata::frmJPEGMarkers;
+
+namespace {
+
+enum { ExifTags, Thumbnail, IptcTags, Markers, Copy };
+
+constexpr quint32 allMarkers = 0x3fff;
+
+} // namespace
+
+class MetadataCommands : public QObject {
+    Q_OBJECT
+
+    std::unique_ptr<MetadataDesk> desk_;
+
+    QList<frmEXIF*> windows() const { return desk_->host.frame.findChildren<frmEXIF*>(); }
+
+    // Opens the marker window, lets `work` use it, and says what the mask is then.
+    quint32 afterMarkers(frmMain& document, const std::function<void(frmJPEGMarkers&)>& work) {
+        desk_->user.inWindow = [&](QDialog& window) {
+            window.show();
+            work(dynamic_cast<frmJPEGMarkers&>(window));
+        };
+        desk_->run(document, Markers);
+        desk_->user.inWindow = nullptr;
+        return document.ImgX->JPEGMarkers();
+    }
+
+  private slots:
+    void init() { desk_ = std::make_unique<MetadataDesk>(); }
+    void cleanup() { desk_.reset(); }
+
+    void tagsAreListedInOneWindow() {
+        frmMain* document = desk_->open(cameraFile(*desk_, "a.jpg"));
+        QVERIFY(desk_->run(*document, IptcTags));
+        QCOMPARE(windows().size(), 1);
+        frmEXIF* window = windows().front();
+        QVERIFY(window->isVisible() && !window->isModal());
+        QCOMPARE(window->windowTitle(), QString("EXIF Data"));
+        QCOMPARE(window->txtExif->toPlainText(), QString("Keywords = one\nCaption = a caption\n"));
+
+        QVERIFY(desk_->run(*document, ExifTags));
+        QCOMPARE(windows(), QList{window});
+        const QString text = window->txtExif->toPlainText();
+        QVERIFY2(text.startsWith("Make = Makers & Sons\nOrientation = top, left\n"),
+                 qPrintable(text));
+        QVERIFY(text.contains("\nISOSpeedRatings = 400\n"));
+        QCOMPARE(text.count('\n'), document->ImgX->Info().Exif().Count());
+
+        QVERIFY(desk_->run(*desk_->open(desk_->picture("plain.png")), ExifTags));
+        QCOMPARE(windows(), QList{window});
+        QCOMPARE(window->txtExif->toPlainText(), QString());
+        window->resize(700, 300);
+        QTest::keyClick(window->txtExif, Qt::Key_Escape);
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QVERIFY(windows().isEmpty());
+    }
+
+    void tagsAreCopiedAndFound() {
+        frmEXIF::list({{"Make", "A"}, {"Model", "B make"}, {"Lens", "C"}}, &desk_->host.frame);
+        frmEXIF* window = windows().front();
+        QTest::keyClick(window->txtExif, Qt::Key_Down);
+        QTest::keyClick(window->txtExif, Qt::Key_C, Qt::ControlModifier);
+        QCOMPARE(QGuiApplication::clipboard()->text(), QString("Model = B make"));
+        QTest::keyClick(window->txtExif, Qt::Key_Home, Qt::ControlModifier);
+        QTest::keyClick(window->txtExif, Qt::Key_F, Qt::ControlModifier);
+        auto* find = window->findChild<QLineEdit*>("txtFind");
+        QTest::keyClicks(find, "make");
+        for (const int place : {0, 19, 0}) {
+            QCOMPARE(window->txtExif->textCursor().selectionStart(), place);
+            QTest::keyClick(find, Qt::Key_Return);
+        }
+        QTest::keyClick(find, Qt::Key_Escape);
+        QVERIFY(!find->isVisible() && window->isVisible());
+    }
+
+    void thumbnailBecomesAPage() {
+        frmMain* document = desk_->open(cameraFile(*desk_, "a.jpg"));
+        desk_->journal.clear();
+        QVERIFY(desk_->run(*document, Thumbnail));
+        QCOMPARE(desk_->journal.engineCalls(),
+                 QStringList{"ImgX Images.Add [\"@Thumbnail\",0,0,\"Import EXIF Thumbnail.\"] -> "
+                             "Import EXIF Thumbnail."});
+        QCOMPARE(document->ImgX->Images().Count(), 2);
+        QCOMPARE(document->ImgX->Images().Item(1).Info().Width(), 16);
+        QVERIFY(!document->Saved);
+
+        frmMain* plain = desk_->open(desk_->picture("plain.png"));
+        desk_->menus.setEnabled("mnuMetadata", Thumbnail, true);
+        QVERIFY(desk_->run(*plain, Thumbnail));
+        QVERIFY(!desk_->menus.isEnabled("mnuMetadata", Thumbnail));
+        QVERIFY(plain->Saved);
+        QCOMPARE(plain->ImgX->Images().Count(), 1);
+        QCOMPARE(desk_->user.said(), QStringList());
+    }
+
+    void markersAreChosen() {
+        frmMain* document = desk_->create();
+        const auto press = [](frmJPEGMarkers& window, const char* button) {
+            window.findChild<QPushButton*>(button)->click();
+        };
+        const auto toggle = [](frmJPEGMarkers& window, int row) {
+            window.lstJPEGMarkers->setCurrentRow(row);
+            QTest::keyClick(window.lstJPEGMarkers, Qt::Key_Space);
+        };
+        QCOMPARE(afterMarkers(
+                     *document,
+                     [&](frmJPEGMarkers& window) {
+                         QCOMPARE(window.windowTitle(), QString("JPEG Markers to Save"));
+                         QCOMPARE(window.lstJPEGMarkers->count(), 14);
+                         QCOMPARE(window.lstJPEGMarkers->item(0)->text(), QString("JPEG_APP1"));
+                         QCOMPARE(window.lstJPEGMarkers->item(13)->text(), QString("JPEG_APP14"));
+                         QCOMPARE(window.Markers, allMarkers);
+                         toggle(window, 0);
+                         toggle(window, 12);
+                         press(window, "cmdOK");
+                     }),
+                 allMarkers & ~0x1001U);
+        for (const bool byBox : {false, true})
+            QCOMPARE(afterMarkers(*document,
+                                  [&](frmJPEGMarkers& window) {
+                                      QCOMPARE(window.lstJPEGMarkers->item(12)->checkState(),
+                                               Qt::Unchecked);
+                                      toggle(window, 3);
+                                      if (byBox) window.close();
+                                      if (!byBox) press(window, "cmdCancel");
+                                      QVERIFY(window.Cancelled && !window.isVisible());
+                                  }),
+                     allMarkers & ~0x1001U);
+        // What the list does not show stays until a line is changed.
+        document->ImgX->setJPEGMarkers(0x80004001);
+        QCOMPARE(afterMarkers(*document, [&](frmJPEGMarkers& w) { press(w, "cmdOK"); }),
+                 0x80004001U);
+        QCOMPARE(afterMarkers(*document,
+                              [&](frmJPEGMarkers& window) {
+                                  window.lstJPEGMarkers->selectAll();
+                                  QTest::keyClick(window.lstJPEGMarkers, Qt::Key_Space);
+                                  press(window, "cmdOK");
+                              }),
+                 0U);
+    }
+
+    void markersAreCopied() {
+        const QString source = cameraFile(*desk_, "source.jpg");
+        const QString existing = cameraFile(*desk_, "existing.jpg", {});
+        frmMain* document = desk_->open(desk_->picture("shown.png"));
+        desk_->user.said();
+        const QString first = "|Choose source image to copy Metadata to.";
+        const QString second = "|Save the copied JPEG with metadata to the following new location:";
+
+        desk_->user.files = {{}};
+        QVERIFY(desk_->run(*document, Copy));
+        QCOMPARE(desk_->user.said(), QStringList{first});
+        desk_->user.files = {{true, source, 1}, {}};
+        QVERIFY(desk_->run(*document, Copy));
+        QCOMPARE(desk_->user.said(), (QStringList{first, second}));
+        QCOMPARE(document->ImgX->JPEGMarkers(), allMarkers);
+
+        desk_->journal.clear();
+        desk_->user.files = {{true, source, 1}, {true, existing, 1}};
+        QVERIFY(desk_->run(*document, Copy));
+        QCOMPARE(
+            desk_->journal.engineCalls(),
+            (QStringList{"Dialog Dialog.ShowOpen []",
+                         "Dialog Dialog.Filter [\"Joint Photographic Experts Group  "
+                         "<JPG>|*.jpg|\"]",
+                         "Dialog Dialog.ShowSave []", "ImgX ImgX.JPEGMarkers [1]",
+                         QString("ImgX Info.CopyMetadata [\"%1\",\"%2\"]").arg(source, existing)}));
+        frmMain* copied = desk_->open(existing);
+        QCOMPARE(copied->ImgX->Info().Exif().Count(),
+                 desk_->open(source)->ImgX->Info().Exif().Count());
+        QCOMPARE(copied->ImgX->Info().Width(), 64);
+
+        // A new location gets the shown picture.
+        desk_->user.files = {{true, source, 1}, {true, desk_->path("new.jpg"), 1}};
+        QVERIFY(desk_->run(*document, Copy));
+        frmMain* made = desk_->open(desk_->path("new.jpg"));
+        QCOMPARE(made->ImgX->Info().Width(), 32);
+        QVERIFY(made->ImgX->Info().Iptc().Count() == 2 && made->ImgX->Info().Exif().Count() > 5);
+
+        // What cannot be done is told, and the files stand.
+        const QByteArray before = desk_->bytes("existing.jpg");
+        desk_->user.said();
+        desk_->user.files = {{true, desk_->path("shown.png"), 1}, {true, existing, 1}};
+        QVERIFY(!desk_->run(*document, Copy));
+        QCOMPARE(desk_->user.said().last(),
+                 QString("|Error: The source is not a JPEG file.\nSource: CopyMetadata"));
+        QCOMPARE(desk_->bytes("existing.jpg"), before);
+    }
+};
+
+QTEST_MAIN(MetadataCommands)
+#include "commands.moc"
