@@ -162,18 +162,42 @@ class Strength {
 constexpr int stripRows = 240; // divisible by 2, 3, 4, 5, 6, 8, 10 and 12
 constexpr int leadRows = 16;
 
-void diffuse(const Mapping& mapping, const Strength& strength, Diffusion& diffusion, const View& to,
-             int start, int y0, int y1, Task* task) {
-    PreparedRow row(to.width);
-    std::vector<std::uint8_t> dropped(static_cast<std::size_t>(to.width));
-    for (int y = start; y < y1; ++y) {
-        if (task && y % 16 == 0) task->report(static_cast<double>(y) / y1);
-        mapping.prepare(y, row);
-        strength.fill(row);
-        diffusion.row(row.spots.data(), row.fixed.data(), row.strength.data(),
-                      y < y0 ? dropped.data() : to.row(y));
+// A strip in the making: rows from `start` on, of which those from y0 to y1 - 1 are kept.
+class Strip {
+  public:
+    Strip(const Mapping& mapping, const Strength& strength, NearestColors& colors, const View& to,
+          int start, int y0, int y1)
+        : mapping_(mapping), strength_(strength), to_(to), y_(start), y0_(y0), y1_(y1),
+          diffusion_(colors, to.width, start % 2 != 0), row_(to.width),
+          dropped_(static_cast<std::size_t>(to.width)) {}
+
+    bool hasRows() const { return y_ < y1_; }
+    double fraction() const { return static_cast<double>(y_) / y1_; }
+
+    void step() { diffusion_.row(next()); }
+    // The same for two strips at once.
+    static void step(Strip& one, Strip& other) {
+        const Diffusion::Row row = one.next();
+        Diffusion::rows(one.diffusion_, row, other.diffusion_, other.next());
     }
-}
+
+  private:
+    Diffusion::Row next() {
+        mapping_.prepare(y_, row_);
+        strength_.fill(row_);
+        std::uint8_t* out = y_ < y0_ ? dropped_.data() : to_.row(y_);
+        ++y_;
+        return {row_.spots.data(), row_.fixed.data(), row_.strength.data(), out};
+    }
+
+    const Mapping& mapping_;
+    const Strength& strength_;
+    View to_;
+    int y_, y0_, y1_;
+    Diffusion diffusion_;
+    PreparedRow row_;
+    std::vector<std::uint8_t> dropped_;
+};
 
 void mapDithered(const Mapping& mapping, const View& to, Task& task) {
     NearestColors first = mapping.search();
@@ -182,8 +206,11 @@ void mapDithered(const Mapping& mapping, const View& to, Task& task) {
     const int strips =
         spacing > coarseSpacing ? 1 : std::max(1, (to.height - leadRows) / stripRows);
     if (strips == 1) {
-        Diffusion diffusion(first, to.width, false);
-        diffuse(mapping, strength, diffusion, to, 0, 0, to.height, &task);
+        Strip whole(mapping, strength, first, to, 0, 0, to.height);
+        for (int y = 0; whole.hasRows(); ++y) {
+            if (y % 16 == 0) task.report(whole.fraction());
+            whole.step();
+        }
         return;
     }
     const auto top = [&](int strip) {
@@ -191,19 +218,25 @@ void mapDithered(const Mapping& mapping, const View& to, Task& task) {
         return strip == 0 ? 0 : strip * stripRows + leadRows;
     };
     Store<NearestColors> searches;
-    const auto strip = [&](int s) {
-        const auto colors = searches.borrow([&] { return mapping.search(); });
-        const int start = s * stripRows;
-        Diffusion diffusion(*colors, to.width, start % 2 != 0);
-        diffuse(mapping, strength, diffusion, to, start, top(s), top(s + 1), nullptr);
+    const auto stripAt = [&](int s, NearestColors& colors) {
+        return Strip(mapping, strength, colors, to, s * stripRows, top(s), top(s + 1));
     };
-    parallelRows(
-        strips, task,
-        [&](int s0, int s1) {
-            for (int s = s0; s < s1; ++s)
-                strip(s);
-        },
-        1);
+    parallelRows((strips + 1) / 2, task,
+                 [&](int pair0, int pair1) {
+                     const auto colors = searches.borrow([&] { return mapping.search(); });
+                     for (int pair = pair0; pair < pair1; ++pair) {
+                         Strip one = stripAt(2 * pair, *colors);
+                         Strip other = stripAt(std::min(2 * pair + 1, strips - 1), *colors);
+                         const bool hasOther = 2 * pair + 1 < strips;
+                         while (hasOther && one.hasRows() && other.hasRows())
+                             Strip::step(one, other);
+                         while (one.hasRows())
+                             one.step();
+                         while (hasOther && other.hasRows())
+                             other.step();
+                     }
+                 },
+                 1);
 }
 
 void mapNearest(const Mapping& mapping, const View& to, Task& task) {

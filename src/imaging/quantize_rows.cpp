@@ -136,37 +136,74 @@ HWY_INLINE std::size_t search(NearestColors& colors, PackedSpot spot) {
     return static_cast<std::size_t>(best & 0xFF);
 }
 
-// `below` holds what the row above left for each pixel, and takes what this row leaves for the
-// next: a place is read one step before it is written.
+// One row in the making. `below` holds what the row above left for each pixel, and takes what this
+// row leaves for the next: a place is read one step before it is written.
+template <bool withAlpha, int step>
+class Walk {
+  public:
+    HWY_INLINE Walk(Diffusion::State& state, const Diffusion::Row& row)
+        : state_(state), row_(row), below_(state.below.data() + (step > 0 ? 1 : state.width)) {}
+
+    HWY_INLINE void pixel(int x) {
+        Channels error = zero();
+        if (row_.fixed[x] >= 0) {
+            row_.entries[x] = static_cast<std::uint8_t>(row_.fixed[x]);
+        } else {
+            const Channels pixel = loadSixteenfold(row_.spots + std::ptrdiff_t{x} * 4);
+            const Channels wanted = clamped(add(add(pixel, load(*below_)), ahead_), 0, 255 * 16);
+            const std::size_t entry = search<withAlpha>(state_.colors, roundedLevels(wanted));
+            row_.entries[x] = static_cast<std::uint8_t>(entry);
+            error = subtract(wanted, load(state_.places[entry]));
+        }
+        const Diffusion::Weights& weights = state_.weights[row_.strength[x]];
+        ahead_ = scaled(error, load(weights[0]));
+        store(add(behind_, scaled(error, load(weights[1]))), below_[-step]);
+        behind_ = add(diagonal_, scaled(error, load(weights[2])));
+        diagonal_ = scaled(error, load(weights[3]));
+        below_ += step;
+    }
+    HWY_INLINE void finish() { store(behind_, below_[-step]); }
+
+  private:
+    Diffusion::State& state_;
+    const Diffusion::Row row_;
+    Diffusion::Error* below_;
+    Channels ahead_ = zero(), behind_ = zero(), diagonal_ = zero();
+};
+
 template <bool withAlpha, int step>
 void walk(Diffusion::State& state, const Diffusion::Row& row) {
-    Channels ahead = zero(), behind = zero(), diagonal = zero();
-    Diffusion::Error* below = state.below.data() + (step > 0 ? 1 : state.width);
-    for (int i = 0, x = step > 0 ? 0 : state.width - 1; i < state.width;
-         ++i, x += step, below += step) {
-        Channels error = zero();
-        if (row.fixed[x] >= 0) {
-            row.entries[x] = static_cast<std::uint8_t>(row.fixed[x]);
-        } else {
-            const Channels pixel = loadSixteenfold(row.spots + std::ptrdiff_t{x} * 4);
-            const Channels wanted = clamped(add(add(pixel, load(*below)), ahead), 0, 255 * 16);
-            const std::size_t entry = search<withAlpha>(state.colors, roundedLevels(wanted));
-            row.entries[x] = static_cast<std::uint8_t>(entry);
-            error = subtract(wanted, load(state.places[entry]));
-        }
-        const Diffusion::Weights& weights = state.weights[row.strength[x]];
-        ahead = scaled(error, load(weights[0]));
-        store(add(behind, scaled(error, load(weights[1]))), below[-step]);
-        behind = add(diagonal, scaled(error, load(weights[2])));
-        diagonal = scaled(error, load(weights[3]));
+    Walk<withAlpha, step> one(state, row);
+    for (int i = 0, x = step > 0 ? 0 : state.width - 1; i < state.width; ++i, x += step)
+        one.pixel(x);
+    one.finish();
+}
+
+// Each pixel waits for the one before; a row of another strip has something to do meanwhile.
+template <bool withAlpha, int step>
+void walkTwo(Diffusion::State& state, const Diffusion::Row& row, Diffusion::State& otherState,
+             const Diffusion::Row& otherRow) {
+    Walk<withAlpha, step> one(state, row), other(otherState, otherRow);
+    for (int i = 0, x = step > 0 ? 0 : state.width - 1; i < state.width; ++i, x += step) {
+        one.pixel(x);
+        other.pixel(x);
     }
-    store(behind, below[-step]);
+    one.finish();
+    other.finish();
 }
 
 void diffuseRow(Diffusion::State& state, bool leftwards, const Diffusion::Row& row) {
     const auto kernel = state.colors.withAlpha() ? (leftwards ? walk<true, -1> : walk<true, 1>)
                                                  : (leftwards ? walk<false, -1> : walk<false, 1>);
     kernel(state, row);
+}
+
+void diffuseTwo(Diffusion::State& state, bool leftwards, const Diffusion::Row& row,
+                Diffusion::State& otherState, const Diffusion::Row& otherRow) {
+    const auto kernel = state.colors.withAlpha()
+                            ? (leftwards ? walkTwo<true, -1> : walkTwo<true, 1>)
+                            : (leftwards ? walkTwo<false, -1> : walkTwo<false, 1>);
+    kernel(state, row, otherState, otherRow);
 }
 
 template <bool withAlpha>
@@ -194,6 +231,7 @@ HWY_AFTER_NAMESPACE();
 namespace kvn::imaging {
 
 HWY_EXPORT(diffuseRow);
+HWY_EXPORT(diffuseTwo);
 HWY_EXPORT(searchRow);
 
 void nearestRow(NearestColors& colors, const std::uint8_t* spots, const std::int16_t* fixed,
@@ -217,10 +255,19 @@ Diffusion::Diffusion(NearestColors& colors, int width, bool leftwards)
     }
 }
 
-void Diffusion::row(const std::uint8_t* spots, const std::int16_t* fixed,
-                    const std::uint8_t* strength, std::uint8_t* entries) {
-    HWY_DYNAMIC_DISPATCH(diffuseRow)(state_, leftwards_, {spots, fixed, strength, entries});
+void Diffusion::row(const Row& row) {
+    HWY_DYNAMIC_DISPATCH(diffuseRow)(state_, leftwards_, row);
     leftwards_ = !leftwards_;
+}
+
+void Diffusion::rows(Diffusion& one, const Row& row, Diffusion& other, const Row& otherRow) {
+    if (one.leftwards_ != other.leftwards_) {
+        one.row(row);
+        other.row(otherRow);
+        return;
+    }
+    HWY_DYNAMIC_DISPATCH(diffuseTwo)(one.state_, one.leftwards_, row, other.state_, otherRow);
+    one.leftwards_ = other.leftwards_ = !one.leftwards_;
 }
 
 } // namespace kvn::imaging

@@ -30,8 +30,15 @@ class Diffusion {
     Diffusion(NearestColors& colors, int width, bool leftwards);
 
     // `strength`: 0 to fullStrength, for each pixel.
-    void row(const std::uint8_t* spots, const std::int16_t* fixed, const std::uint8_t* strength,
-             std::uint8_t* entries);
+    struct Row {
+        const std::uint8_t* spots;
+        const std::int16_t* fixed;
+        const std::uint8_t* strength;
+        std::uint8_t* entries;
+    };
+    void row(const Row& row);
+    // A row of each of two, in less time than one after the other takes. Same width and colours.
+    static void rows(Diffusion& one, const Row& row, Diffusion& other, const Row& otherRow);
 
     // The shares of the pixel ahead, and of the three below: behind, straight and diagonal. Each
     // is a fraction of 65536, the same for all channels.
@@ -42,12 +49,6 @@ class Diffusion {
         std::vector<Weights> weights; // by strength
         std::vector<Error> below;     // for the next row, with a margin of one pixel at each end
         int width;
-    };
-    struct Row {
-        const std::uint8_t* spots;
-        const std::int16_t* fixed;
-        const std::uint8_t* strength;
-        std::uint8_t* entries;
     };
 
   private:
