@@ -7,6 +7,20 @@
 #include FT_OUTLINE_H
 #include FT_TRUETYPE_TABLES_H
 
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define KVN_LEAK_CHECK
+#endif
+#elif defined(__SANITIZE_ADDRESS__)
+#define KVN_LEAK_CHECK
+#endif
+#ifdef KVN_LEAK_CHECK
+// Fontconfig's settings hold pointers as differences, which the leak check does not follow.
+extern "C" const char* __lsan_default_suppressions() {
+    return "leak:libfontconfig";
+}
+#endif
+
 namespace kvn::imaging::draw {
 
 namespace {

@@ -119,7 +119,7 @@ void ScanConverter::sweep(FillRule rule,
             accumulate(edge, y);
         std::erase_if(active, [y](const Edge& edge) { return edge.y1 <= (y + 1) * one; });
         spans_.clear();
-        emit(rule);
+        giveRow(rule);
         if (!spans_.empty()) row(clip_.y + y, spans_);
     }
     edges_.clear();
@@ -165,7 +165,7 @@ void ScanConverter::addCell(int cell, int dy, int xSum) {
 }
 
 // Touched cells one by one, what lies between them as one span.
-void ScanConverter::emit(FillRule rule) {
+void ScanConverter::giveRow(FillRule rule) {
     std::int64_t cover = 0;
     int x = 0;
     for (std::size_t word = 0; word < touched_.size(); ++word) {
@@ -174,18 +174,18 @@ void ScanConverter::emit(FillRule rule) {
         touched_[word] = 0;
         for (; bits != 0; bits &= bits - 1) {
             const int cell = static_cast<int>(word * 64) + std::countr_zero(bits);
-            emitSpan(x, cell - x, coverageOf(cover * 2 * one, rule));
+            giveSpan(x, cell - x, coverageOf(cover * 2 * one, rule));
             Cell& here = cells_[static_cast<std::size_t>(cell)];
             cover += here.cover;
-            emitSpan(cell, 1, coverageOf(cover * 2 * one - here.area, rule));
+            giveSpan(cell, 1, coverageOf(cover * 2 * one - here.area, rule));
             here = {};
             x = cell + 1;
         }
     }
-    emitSpan(x, clip_.width - x, coverageOf(cover * 2 * one, rule));
+    giveSpan(x, clip_.width - x, coverageOf(cover * 2 * one, rule));
 }
 
-void ScanConverter::emitSpan(int x, int length, int coverage) {
+void ScanConverter::giveSpan(int x, int length, int coverage) {
     if (length <= 0 || coverage == 0) return;
     x += clip_.x;
     if (!spans_.empty()) {

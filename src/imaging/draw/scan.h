@@ -60,8 +60,8 @@ class ScanConverter {
     void accumulate(const Edge& edge, int row);
     void addSlice(int xa, int ya, int xb, int yb, int direction);
     void addCell(int cell, int dy, int xSum);
-    void emit(FillRule rule);
-    void emitSpan(int x, int length, int coverage);
+    void giveRow(FillRule rule);
+    void giveSpan(int x, int length, int coverage);
 
     Rect clip_;
     std::vector<Edge> edges_;

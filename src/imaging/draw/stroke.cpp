@@ -11,10 +11,10 @@ PointD leftOf(PointD direction) {
     return {direction.y, -direction.x};
 }
 
-// The angle between the points of round joins and caps: less than a tenth of a pixel off.
+// The angle between the points of round joins and caps: less than a twentieth of a pixel off.
 double arcStep(const StrokeStyle& style, const Affine& pen) {
     const double radius = std::max(style.width / 2 * pen.scale(), 0.2);
-    return 2 * std::acos(1 - 0.1 / radius);
+    return 2 * std::acos(1 - 0.04 / radius);
 }
 
 constexpr int mostArcParts = 128;

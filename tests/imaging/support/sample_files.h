@@ -5,6 +5,7 @@
 
 #include "imaging/codecs/codec.h"
 #include "imaging/support/exif_maker.h"
+#include "imaging/support/metafile_maker.h"
 
 namespace kvn::test {
 
@@ -54,6 +55,8 @@ inline std::vector<imaging::Bytes> sampleFiles(const imaging::Codec& codec, int 
         codec.write({pages, codec.holdsPages() ? 2u : 1u}, options, sink, task);
         files.push_back(std::move(sink.bytes()));
     }
+    if (codec.type() == FileType::Wmf) files.push_back(drawnWmf());
+    if (codec.type() == FileType::Emf) files.push_back(drawnEmf());
     return files;
 }
 

@@ -123,10 +123,12 @@ void Drawing::paint(const draw::Path& path, bool filled, bool stroked) {
     filled = filled && state_.brush.kind != Brush::Kind::Null;
     stroked = stroked && state_.pen.style != penNull;
     if (path.isEmpty() || (!filled && !stroked)) return;
-    if (rehearse(path.bounds())) return;
+    const PointD half = devicePixel() * 0.5;
+    draw::Box box = path.bounds();
+    if (stroked) box.add(PointD{box.right, box.bottom} + half * 2);
+    if (rehearse(box)) return;
     // Lines run through the middle of the device's pixels, and so do the borders of what they
     // surround.
-    const PointD half = devicePixel() * 0.5;
     const Affine shift = stroked ? Affine::translation(half.x, half.y) : Affine{};
     if (filled) fillWith(path.flattened(shift), state_.brush, state_.rop2);
     if (stroked) strokePath(path);

@@ -73,7 +73,10 @@ void Drawing::strokePath(const draw::Path& path) {
     style.miterLimit = std::clamp(state_.miterLimit, 1.0, 1000.0);
     style.dashes = dashesOf(pen, thin, style.width, unit);
     if (thin) {
-        style.cap = style.dashes.empty() ? LineCap::Square : LineCap::Flat;
+        // Ends are whole pixels, which dashes take from their gaps.
+        style.cap = LineCap::Square;
+        for (std::size_t i = 0; i < style.dashes.size(); ++i)
+            style.dashes[i] = std::max(0.0, style.dashes[i] + (i % 2 ? 1 : -1));
         style.join = LineJoin::Miter;
         style.miterLimit = 2;
     }

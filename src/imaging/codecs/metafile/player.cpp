@@ -16,9 +16,12 @@ constexpr int longestSide = 32767;
     throw RuntimeError(errors::invalidPicture, what, "Import");
 }
 
-// About a second's work, and more for large files.
-draw::Effort effortFor(const Source& source) {
-    return draw::Effort(1.2e9 + 200.0 * static_cast<double>(source.file.size()));
+// What the file may ask for: less than two seconds, and more for large files. Drawing the whole
+// picture some times over is a usual thing.
+draw::Effort effortFor(const Source& source, const Rect& canvas) {
+    constexpr double least = 0.15e9, perPixel = 60, most = 1.2e9, perByte = 5000;
+    return draw::Effort(std::min(most, least + perPixel * canvas.width * canvas.height) +
+                        perByte * static_cast<double>(source.file.size()));
 }
 
 // The size in whole pixels, within the limits, with the resolution that belongs to it.
@@ -28,6 +31,13 @@ Sheet fitted(Sheet sheet, const ReadLimits& limits) {
     if (!(sheet.width > 0 && sheet.height > 0)) refuse("The drawing has no size.");
     double scale = std::min(1.0, std::sqrt(most / (sheet.width * sheet.height)));
     scale = std::min(scale, longestSide / std::max(sheet.width, sheet.height));
+    // Rows are padded, which narrow pictures feel.
+    const auto stored = [&] {
+        const double row = std::max(64.0, 3 * sheet.width * scale + 63);
+        return row * std::max(1.0, sheet.height * scale);
+    };
+    while (scale > 1e-6 && stored() > bytes)
+        scale *= 0.9;
     const auto whole = [&](double side) {
         return std::max(1.0, scale < 1 ? std::floor(side * scale) : std::round(side));
     };
@@ -57,7 +67,7 @@ struct Rehearsal {
 
 void rehearseOn(const Source& source, Rehearsal& rehearsal, const Rect& canvas, const Affine& map,
                 Task& task) {
-    draw::Effort effort = effortFor(source);
+    draw::Effort effort = effortFor(source, canvas);
     Drawing drawing(canvas, nullptr, effort, map, rehearsal.sheet.perMillimetre);
     rehearsal.warnings.clear();
     source.play(drawing, task, rehearsal.warnings);
@@ -130,7 +140,7 @@ Page drawnPage(const Source& source, const Sheet& sheet, ReadLimits limits, Task
     Page page;
     page.raster =
         Raster::filled(ImageType::Rgb24, canvas.width, canvas.height, {255, 255, 255, 255});
-    draw::Effort effort = effortFor(source);
+    draw::Effort effort = effortFor(source, canvas);
     draw::Surface surface(page.raster, effort);
     Drawing drawing(canvas, &surface, effort, mapOf(sheet), sheet.perMillimetre);
     std::vector<std::string> known;
