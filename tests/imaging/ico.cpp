@@ -65,6 +65,7 @@ class IcoTest : public QObject {
     void embeddedPng();
     void theLargestThenTheDeepest();
     void recognition();
+    void iconsOfOs2();
     void damaged();
 };
 
@@ -143,6 +144,54 @@ void IcoTest::recognition() {
     } catch (const RuntimeError& error) {
         QCOMPARE(error.number(), errors::invalidCall);
     }
+}
+
+// An array of a black-and-white icon of 1 by 1 and one of 2 by 2 with colours; their pixels stand
+// behind all headers.
+File os2Icons() {
+    File out;
+    const auto header = [&](const char* type, int pixelsAt, int side, int high, int bits) {
+        append(out, {static_cast<std::uint8_t>(type[0]), static_cast<std::uint8_t>(type[1])});
+        put(out, 26, 4);
+        put(out, 0, 4);
+        put(out, static_cast<std::uint64_t>(pixelsAt), 4);
+        put(out, 12, 4);
+        for (const int field : {side, high, 1, bits})
+            put(out, static_cast<std::uint64_t>(field), 2);
+        if (bits == 1) append(out, {0, 0, 0, 255, 255, 255});
+    };
+    const auto array = [&](int next) {
+        append(out, {'B', 'A', 40, 0, 0, 0});
+        put(out, static_cast<std::uint64_t>(next), 4);
+        put(out, 0, 4);
+    };
+    array(46);
+    header("IC", 118, 1, 2, 1);
+    array(0);
+    header("CI", 126, 2, 4, 1);
+    header("CI", 142, 2, 2, 24);
+    append(out, {0x80, 0, 0, 0, 0, 0, 0, 0});
+    append(out, {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0x40, 0, 0, 0});
+    append(out, {1, 2, 3, 4, 5, 6, 0, 0, 7, 8, 9, 10, 11, 12, 0, 0});
+    return out;
+}
+
+void IcoTest::iconsOfOs2() {
+    const File file = os2Icons();
+    QVERIFY(codecForContent(file, "ico") == &icoCodec());
+    const Raster raster = reread(icoCodec(), file).pages.front().raster;
+    QCOMPARE(raster.width(), 2);
+    QCOMPARE(raster.pixel(0, 0), (Rgba{9, 8, 7, 255}));
+    QCOMPARE(raster.pixel(1, 0).a, std::uint8_t{0});
+    QCOMPARE(raster.pixel(1, 1), (Rgba{6, 5, 4, 255}));
+    QCOMPARE(icoCodec().facts(file, {}).front().fileBits, 24);
+    // The first alone, without colours: its lower half says black or white.
+    const File alone(file.begin() + 14, file.begin() + 46);
+    File mono = alone;
+    mono[10] = 32;
+    append(mono, {0x80, 0, 0, 0, 0, 0, 0, 0});
+    QCOMPARE(reread(icoCodec(), mono).pages.front().raster.pixel(0, 0), (Rgba{255, 255, 255, 255}));
+    readDamaged(icoCodec(), file);
 }
 
 void IcoTest::damaged() {

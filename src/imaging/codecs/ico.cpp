@@ -1,4 +1,4 @@
-// ICO: the largest picture of an icon is read; nothing is written.
+// ICO, and the icons of OS/2: the largest picture of an icon is read; nothing is written.
 
 #include <algorithm>
 #include <array>
@@ -9,6 +9,7 @@
 #include "basic/error.h"
 #include "imaging/codecs/all.h"
 #include "imaging/codecs/fields.h"
+#include "imaging/codecs/ico_os2.h"
 #include "imaging/codecs/one_page.h"
 #include "imaging/codecs/plausible.h"
 
@@ -181,11 +182,20 @@ class IcoCodec final : public Codec {
         static constexpr std::array<std::string_view, 1> list{"ico"};
         return list;
     }
-    bool recognises(std::span<const std::uint8_t> file) const override { return isIco(file); }
+    bool recognises(std::span<const std::uint8_t> file) const override {
+        return isIco(file) || isOs2Icon(file);
+    }
 
     Picture read(std::span<const std::uint8_t> file, ReadLimits limits, Task& task) const override {
-        const Entry entry = largestEntry(file);
         Picture picture;
+        picture.type = FileType::Ico;
+        if (isOs2Icon(file)) {
+            Page page;
+            page.raster = readOs2Icon(file, limits, task, picture.warnings);
+            picture.pages.push_back(std::move(page));
+            return picture;
+        }
+        const Entry entry = largestEntry(file);
         if (entry.isPng) {
             picture = pngCodec().read(entry.data, limits, task);
         } else {
@@ -201,6 +211,7 @@ class IcoCodec final : public Codec {
 
     std::vector<PageFacts> facts(std::span<const std::uint8_t> file,
                                  ReadLimits limits) const override {
+        if (isOs2Icon(file)) return {os2IconFacts(file, limits)};
         const Entry entry = largestEntry(file);
         if (entry.isPng) return pngCodec().facts(entry.data, limits);
         limits.take(entry.width, entry.height, ImageType::Rgba32);
