@@ -6,9 +6,10 @@
 namespace kvn::imaging {
 
 std::span<const Operation* const> artOperations() {
-    static constexpr const Operation* list[] = {&bevelEdgeOperation,  &crackleOperation,
-                                                &dropShadowOperation, &embossShapeOperation,
-                                                &gauzyOperation,      &motionBlurOperation};
+    static constexpr const Operation* list[] = {
+        &bevelEdgeOperation, &crackleOperation,    &dropShadowOperation, &embossShapeOperation,
+        &gauzyOperation,     &motionBlurOperation, &scribbleOperation,   &stippleOperation,
+    };
     return list;
 }
 

@@ -64,4 +64,21 @@ extern const Operation gauzyOperation;
 // count by their alpha. Distance 0 changes nothing.
 extern const Operation motionBlurOperation;
 
+// Geometry.Scribble(line darkness, filter, filter first): the picture scribbled over with a pen:
+// wavering outlines, drawn twice, where it is darker than around, and up to three layers of strokes
+// to and fro where it is dark. Lines are about 2 U wide, their ink is the square root of the line
+// darkness, and the picture behind them pales with it. The filter makes the picture simpler: 0
+// blurred (Gaussian, 4 U before, 1.3 U after), 1 filtered (median of 10 U, 5 to 9 pixels), 2 posterized, 3 despeckled;
+// before it is drawn, or the whole drawing afterwards. Alpha counts as in the filter.
+extern const Operation scribbleOperation;
+
+// Geometry.Stipple(size, filter, filter first): the picture in dots, size * 0.3 U (at least 3 px)
+// apart. Each takes the colour at its middle. 0 arithmetic mean: dots of paint that differ a little
+// in colour; 1 minimum: dark dots on light ground; 2 maximum: light dots on dark ground; 3
+// geometric mean: beads of glass, through which the picture shows; 4 Yp mean: beads of coloured
+// glass. The filter of that name runs over the picture before (window of half the distance), or
+// over the dots afterwards (a quarter). Alpha stays, and colours count by it in the filter. Size 0
+// changes nothing.
+extern const Operation stippleOperation;
+
 } // namespace kvn::imaging

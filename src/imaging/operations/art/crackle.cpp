@@ -82,36 +82,54 @@ KVN_CLONES void markRow(const NearSeeds& near, const Cracks& cracks, float share
     const float *bx = near.otherX.data(), *by = near.otherY.data();
     const float width = cracks.halfWidth * share, rim = cracks.rim * share;
     const float blur = width > 0.6f ? 1 / (1.0f + 0.5f * width) : 1 / 1.3f;
+    const float kept = first ? 0 : 1; // of the marks that are there
     for (int i = 0; i < count; ++i) {
         const float dx = ax[i] - bx[i], dy = ay[i] - by[i];
-        const float between = __builtin_sqrtf(dx * dx + dy * dy) + 1e-6f;
-        const float nx = dx / between, ny = dy / between; // away from the crack
+        const float scale = inverseRoot(dx * dx + dy * dy + 1e-6f);
+        const float nx = dx * scale, ny = dy * scale; // away from the crack
         // From the line half-way between the two seeds.
         const float distance =
             (px[i] - (ax[i] + bx[i]) / 2) * nx + (py[i] - (ay[i] + by[i]) / 2) * ny;
         float inside = (width - distance) * blur + 0.5f;
-        inside = inside < 0 ? 0 : inside > 1 ? 1 : inside;
+        inside = inside < 0 ? 0 : inside;
+        inside = inside > 1 ? 1 : inside;
         inside = inside * inside * (3 - 2 * inside) * share;
         float slope = 1 - (distance - width) / rim;
-        slope = slope < 0 ? 0 : slope > 1 ? 1 : slope;
+        slope = slope < 0 ? 0 : slope;
+        slope = slope > 1 ? 1 : slope;
         const float towards = -(nx + ny) * lamp; // of the plate's edge to the lamp
         const float lit = 1 + cracks.relief * share * slope * slope * towards;
-        factor[i] = first ? lit : factor[i] * lit;
-        if (first || inside > cover[i]) {
-            cover[i] = inside;
-            const float across = distance / (width + 0.5f);
-            glint[i] = towards * (across < 1 ? across : 1);
-        }
+        factor[i] = lit * (1 - kept) + lit * factor[i] * kept;
+        float across = distance / (width + 0.5f);
+        across = across < 1 ? across : 1;
+        const float before = cover[i] * kept, glintBefore = glint[i];
+        glint[i] = inside > before ? towards * across : glintBefore;
+        cover[i] = inside > before ? inside : before;
     }
 }
 
-// The brightness of the plates.
-void tonePlates(const NearSeeds& near, float tone, Marks& marks) {
-    if (tone == 0) return;
+// What is random about a plate.
+struct Plate {
+    float brightness;
+    int slideX, slideY;
+};
+
+std::vector<Plate> platesOf(const Cells& cells, const Cracks& cracks) {
+    std::vector<Plate> plates(static_cast<std::size_t>(cells.count()));
+    for (std::uint32_t i = 0; i < plates.size(); ++i) {
+        const auto within = [i](float most, std::uint32_t which) {
+            return most * (2 * randomShare(i, seedOfPlates + which) - 1);
+        };
+        plates[i] = {1 + within(cracks.tone, 0),
+                     static_cast<int>(std::lround(within(cracks.shift, 1))),
+                     static_cast<int>(std::lround(within(cracks.shift, 2)))};
+    }
+    return plates;
+}
+
+void tonePlates(const NearSeeds& near, const std::vector<Plate>& plates, Marks& marks) {
     for (std::size_t i = 0; i < marks.factor.size(); ++i)
-        marks.factor[i] *=
-            1 +
-            tone * (2 * randomShare(static_cast<std::uint32_t>(near.seed[i]), seedOfPlates) - 1);
+        marks.factor[i] *= plates[static_cast<std::size_t>(near.seed[i])].brightness;
 }
 
 std::uint8_t level(float value) {
@@ -137,22 +155,30 @@ void paintRow(const Marks& marks, const Cracks& cracks, const std::uint8_t* in, 
 }
 
 // The row as its plates have slid. Alpha stays.
-void slide(const ConstView& from, int y, const NearSeeds& near, float shift, std::uint8_t* out) {
-    const int channels = bytesPerPixel(from.type);
-    const int colors = channels - (hasAlpha(from.type) ? 1 : 0);
-    const auto offset = [&](std::size_t x, std::uint32_t axis) {
-        const auto number = static_cast<std::uint32_t>(near.seed[x]);
-        return static_cast<int>(std::lround((2 * randomShare(number, axis) - 1) * shift));
-    };
-    for (int x = 0; x < from.width; ++x, out += channels) {
-        const auto place = static_cast<std::size_t>(x);
-        const int fromX = std::clamp(x + offset(place, seedOfPlates + 1), 0, from.width - 1);
-        const int fromY = std::clamp(y + offset(place, seedOfPlates + 2), 0, from.height - 1);
+template <int channels, int colors>
+void slide(const ConstView& from, int y, const NearSeeds& near, const std::vector<Plate>& plates,
+           std::uint8_t* out) {
+    const std::uint8_t* own = from.row(y);
+    for (int x = 0; x < from.width; ++x, out += channels, own += channels) {
+        const Plate& plate =
+            plates[static_cast<std::size_t>(near.seed[static_cast<std::size_t>(x)])];
+        const int fromX = std::clamp(x + plate.slideX, 0, from.width - 1);
+        const int fromY = std::clamp(y + plate.slideY, 0, from.height - 1);
         const std::uint8_t* pixel = from.row(fromY) + fromX * channels;
-        std::copy_n(pixel, colors, out);
-        if (colors < channels) out[colors] = from.row(y)[x * channels + colors];
+        for (int c = 0; c < colors; ++c)
+            out[c] = pixel[c];
+        if constexpr (colors < channels) out[colors] = own[colors];
     }
 }
+
+struct Kernels {
+    decltype(&paintRow<1, 1>) paint;
+    decltype(&slide<1, 1>) slide;
+};
+template <int channels, int colors>
+constexpr Kernels kernelsOf = {paintRow<channels, colors>, slide<channels, colors>};
+constexpr Kernels kernelsFor[] = {kernelsOf<1, 1>, kernelsOf<2, 1>, kernelsOf<3, 3>,
+                                  kernelsOf<4, 3>};
 
 class Crackle {
   public:
@@ -161,31 +187,32 @@ class Crackle {
           plates_(size, std::max(4.0f, look.plate * unit), 0.9, seedOfCells),
           fine_(size, std::max(3.0f, look.plate * look.fine * unit), 0.9, seedOfCells + 9),
           bend_(look.bend * std::max(4.0f, look.plate * unit)),
-          across_(size, bend_ * 2 + 2, bend_ * 2 + 2, seedOfBends),
-          down_(size, bend_ * 2 + 2, bend_ * 2 + 2, seedOfBends + 50) {}
+          across_(size, bendSide(), bendSide(), seedOfBends),
+          down_(size, bendSide(), bendSide(), seedOfBends + 50),
+          random_(platesOf(plates_, cracks_)) {}
 
     void band(const ConstView& from, const View& to, int y0, int y1) const {
         NearSeeds near(from.width);
         Marks marks(from.width);
         std::vector<std::uint8_t> slid(cracks_.shift > 0 ? rowBytes(from.type, from.width) : 0);
-        constexpr decltype(&paintRow<1, 1>) kernels[] = {paintRow<1, 1>, paintRow<2, 1>,
-                                                         paintRow<3, 3>, paintRow<4, 3>};
-        const auto paint = kernels[bytesPerPixel(from.type) - 1];
+        const Kernels& kernels = kernelsFor[bytesPerPixel(from.type) - 1];
         for (int y = y0; y < y1; ++y) {
             bendPlaces(y, from.width, near);
             plates_.find(y, from.width, near);
             mark(near, 1, true, marks);
-            tonePlates(near, cracks_.tone, marks);
-            if (cracks_.shift > 0) slide(from, y, near, cracks_.shift, slid.data());
+            if (cracks_.tone > 0) tonePlates(near, random_, marks);
+            if (cracks_.shift > 0) kernels.slide(from, y, near, random_, slid.data());
             if (look_.fine > 0) {
                 fine_.find(y, from.width, near);
                 mark(near, 0.55f, false, marks);
             }
-            paint(marks, cracks_, slid.empty() ? from.row(y) : slid.data(), to.row(y));
+            kernels.paint(marks, cracks_, slid.empty() ? from.row(y) : slid.data(), to.row(y));
         }
     }
 
   private:
+    double bendSide() const { return bend_ > 0 ? bend_ * 2 + 2 : 1000; }
+
     void bendPlaces(int y, int width, NearSeeds& near) const {
         across_.row(y, 0, width, near.placeX.data());
         down_.row(y, 0, width, near.placeY.data());
@@ -209,6 +236,7 @@ class Crackle {
     const Cells plates_, fine_;
     const float bend_;
     const NoiseField across_, down_;
+    const std::vector<Plate> random_;
 };
 
 Raster crackle(const Raster& picture, const Arguments& arguments, Task& task) {

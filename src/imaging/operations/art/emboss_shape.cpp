@@ -84,8 +84,8 @@ KVN_CLONES void lightRow(const std::uint16_t* __restrict above,
     for (int x = 0; x < count; ++x) {
         const float across = static_cast<float>(here[x] - here[x + 2]) * lamp.scale;
         const float upwards = static_cast<float>(below[x + 1] - above[x + 1]) * lamp.scale;
-        const float length = __builtin_sqrtf(across * across + upwards * upwards + 1);
-        const float facing = (across * lamp.right + upwards * lamp.up + lampRise) / length;
+        const float scale = inverseRoot(across * across + upwards * upwards + 1);
+        const float facing = (across * lamp.right + upwards * lamp.up + lampRise) * scale;
         const float lit = (facing - lampRise) / (1 - lampRise), unlit = 1 - facing / lampRise;
         light[x] = lit > 0 ? lit : 0;
         const float shade = unlit > 0 ? unlit : 0;

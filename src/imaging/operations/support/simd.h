@@ -10,3 +10,20 @@
 #else
 #define KVN_CLONES
 #endif
+
+#include <bit>
+#include <cstdint>
+
+namespace kvn::imaging {
+
+// 1 / sqrt(x) for normal x above 0, within 5e-6 of it: a first guess from the exponent and two
+// steps of Newton's. The library's root reports errors, which keeps loops from becoming vector
+// code.
+inline float inverseRoot(float x) {
+    const float half = 0.5f * x;
+    float y = std::bit_cast<float>(0x5f375a86 - (std::bit_cast<std::int32_t>(x) >> 1));
+    y *= 1.5f - half * y * y;
+    return y * (1.5f - half * y * y);
+}
+
+} // namespace kvn::imaging

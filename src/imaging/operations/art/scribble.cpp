@@ -1,0 +1,259 @@
+// Geometry.Scribble.
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+#include <vector>
+
+#include "imaging/convert.h"
+#include "imaging/operations/art/art.h"
+#include "imaging/operations/filters/blur.h"
+#include "imaging/operations/filters/gauss.h"
+#include "imaging/operations/filters/rank.h"
+#include "imaging/operations/support/color_maps.h"
+#include "imaging/operations/support/simd.h"
+#include "imaging/operations/tone/curves.h"
+#include "imaging/operations/transforms/noise_field.h"
+
+namespace kvn::imaging {
+namespace {
+
+constexpr std::uint32_t seedOfHand = 5113;
+constexpr double percentPerPixel = 25; // of the Gaussian blur
+constexpr double spreadBefore = 4, spreadAfter = 1.3;
+enum Filter { blurred, smoothed, posterized, despeckled };
+
+constexpr Argument scribbleArguments[] = {
+    {"line darkness", ArgumentKind::Integer, 0, 100, "%", "of the strokes; clamped"},
+    {"filter", ArgumentKind::Integer, 0, despeckled, "",
+     "blurred, filtered, posterized, despeckled; clamped"},
+    {"filter first", ArgumentKind::Boolean, 0, 0, "", "filters the picture, else the drawing"},
+};
+
+// `spread` is the blur's standard deviation in U.
+Raster filtered(int filter, double spread, const Raster& source, double unit, Task& task) {
+    switch (filter) {
+    case blurred:
+        return gaussianBlurOperation.run(
+            source,
+            Arguments(
+                {std::int64_t{std::max(15, static_cast<int>(unit * spread * percentPerPixel))}}),
+            task);
+    case smoothed: {
+        const int size = std::clamp(static_cast<int>(unit * 10) | 1, 5, 9);
+        return medianCutOperation.run(source, Arguments({std::int64_t{size}, true}), task);
+    }
+    case posterized:
+        return posterizeOperation.run(source, Arguments({}), task);
+    default:
+        return despeckleOperation.run(source, Arguments({}), task);
+    }
+}
+
+// What there is to draw: grey planes of the outlines (255: a full line) and of the tones.
+struct Motif {
+    Raster outlines, tones;
+};
+
+// Outlines lie where the picture is darker than its surroundings: difference of Gaussians (D. Marr
+// and E. Hildreth, Theory of edge detection, 1980).
+Motif motifOf(const Raster& picture, double unit, Task& task) {
+    const Raster gray = convertType(picture, ImageType::Gray8, task);
+    const int width = gray.width(), height = gray.height();
+    PixelBuffer narrow(static_cast<std::size_t>(width) * sizeof(float), height);
+    std::uint8_t* const memory = narrow.detach();
+    const auto narrowRow = [&](int y) {
+        return reinterpret_cast<float*>(memory + narrow.stride() * static_cast<std::size_t>(y));
+    };
+    {
+        const Task::Stage stage(task, 0, 0.4);
+        gaussRows(gray.view(), std::max(0.6, 1.1 * unit), false, task,
+                  [&](int y, const float* row) { std::copy_n(row, width, narrowRow(y)); });
+    }
+    Motif motif{Raster::uninitialized(ImageType::Gray8, width, height),
+                Raster::uninitialized(ImageType::Gray8, width, height)};
+    const View outlines = motif.outlines.edit(), tones = motif.tones.edit();
+    const Task::Stage stage(task, 0.4, 1);
+    gaussRows(gray.view(), std::max(1.2, 2.6 * unit), false, task, [&](int y, const float* wide) {
+        const float* sharp = narrowRow(y);
+        std::uint8_t *line = outlines.row(y), *tone = tones.row(y);
+        for (int x = 0; x < width; ++x) {
+            const float darker = (wide[x] - sharp[x] - 1.2f) * 42;
+            line[x] = static_cast<std::uint8_t>(std::clamp(darker, 0.0f, 255.0f));
+            tone[x] = static_cast<std::uint8_t>(std::clamp(wide[x], 0.0f, 255.0f));
+        }
+    });
+    return motif;
+}
+
+// One layer of strokes to and fro. Lengths in pixels.
+struct Strokes {
+    float across, along; // the direction in which the hand goes on
+    float pitch, length; // between strokes, and of one
+    float width;         // half of a stroke's
+    float darkest;       // tones below are shaded by this layer
+};
+
+// Adds the strokes to `paper`, the light that is left of each pixel, 0..1. A stroke goes up in the
+// first half of a pitch and down in the second, so the hand never leaves the paper within a band.
+KVN_CLONES void shadeRow(const Strokes& strokes, float y, const float* __restrict bendX,
+                         const float* __restrict bendY, const std::uint8_t* __restrict tone,
+                         float* __restrict paper, int count) {
+    constexpr float far = 65536; // keeps what is rounded down positive
+    for (int x = 0; x < count; ++x) {
+        const float placeX = static_cast<float>(x) + bendX[x], placeY = y + bendY[x];
+        const float q = (placeY * strokes.across - placeX * strokes.along) / strokes.length + far;
+        const float band = static_cast<float>(static_cast<int>(q));
+        const float p =
+            (placeX * strokes.across + placeY * strokes.along) / strokes.pitch + band * 0.37f + far;
+        const float phase = p - static_cast<float>(static_cast<int>(p));
+        const float swing = phase < 0.5f ? 2 * phase : 2 - 2 * phase;
+        const float off = swing - (q - band);
+        const float distance = (off < 0 ? -off : off) * strokes.pitch * 0.5f;
+        float need = (strokes.darkest - static_cast<float>(tone[x]) + bendX[x] * 4) * (1.0f / 55);
+        need = need < 0 ? 0 : need;
+        need = need > 1 ? 1 : need;
+        float ink = strokes.width * (0.45f + 0.55f * need) - distance + 0.5f;
+        ink = ink < 0 ? 0 : ink;
+        ink = ink > 1 ? 1 : ink;
+        paper[x] *= 1 - ink * need * 0.85f;
+    }
+}
+
+// The hand: everything about how it draws on one picture.
+class Hand {
+  public:
+    Hand(Size size, double unit)
+        : unit_(static_cast<float>(unit)), shakes_{{size, 26 * unit, 26 * unit, seedOfHand},
+                                                   {size, 26 * unit, 26 * unit, seedOfHand + 1},
+                                                   {size, 90 * unit, 90 * unit, seedOfHand + 2},
+                                                   {size, 90 * unit, 90 * unit, seedOfHand + 3}} {
+        const float u = unit_;
+        layers_[0] = layer(62, 8.5f * u, 46 * u, 165);
+        layers_[1] = layer(20, 8 * u, 38 * u, 105);
+        layers_[2] = layer(100, 7 * u, 30 * u, 55);
+    }
+
+    struct Room {
+        explicit Room(int width) : paper(static_cast<std::size_t>(width)) {
+            for (auto& row : bends)
+                row.resize(paper.size());
+        }
+        std::vector<float> bends[4];
+        std::vector<float> paper;
+    };
+
+    void row(const ConstView& outlines, const ConstView& tones, int y, Room& room) const {
+        const int width = outlines.width;
+        const float reach[4] = {2.2f, 2.2f, 6, 6};
+        for (int i = 0; i < 4; ++i) {
+            shakes_[i].row(y, 0, width, room.bends[i].data());
+            for (float& bend : room.bends[i])
+                bend *= reach[i] * unit_;
+        }
+        // Every outline twice, as the hand goes over it again and misses.
+        for (int x = 0; x < width; ++x) {
+            const auto i = static_cast<std::size_t>(x);
+            const float twice = at(outlines, x, y, room.bends[0][i], room.bends[1][i]);
+            const float again = at(outlines, x, y, room.bends[3][i], room.bends[0][i] * 2);
+            room.paper[i] = (1 - twice) * (1 - 0.7f * again);
+        }
+        for (const Strokes& layer : layers_)
+            shadeRow(layer, static_cast<float>(y), room.bends[2].data(), room.bends[3].data(),
+                     tones.row(y), room.paper.data(), width);
+    }
+
+  private:
+    Strokes layer(double degrees, float pitch, float length, float darkest) const {
+        const double turn = degrees * std::numbers::pi / 180;
+        return {static_cast<float>(std::cos(turn)),
+                static_cast<float>(std::sin(turn)),
+                std::max(4.0f, pitch),
+                std::max(16.0f, length),
+                std::max(0.5f, 1.1f * unit_),
+                darkest};
+    }
+
+    static float at(const ConstView& outlines, int x, int y, float dx, float dy) {
+        const int column =
+            std::clamp(x + static_cast<int>(dx + 1000.5f) - 1000, 0, outlines.width - 1);
+        const int line =
+            std::clamp(y + static_cast<int>(dy + 1000.5f) - 1000, 0, outlines.height - 1);
+        return static_cast<float>(outlines.row(line)[column]) * (1.0f / 255);
+    }
+
+    const float unit_;
+    const NoiseField shakes_[4];
+    Strokes layers_[3];
+};
+
+// The colours on paper: a little paler than the picture, so that the strokes tell in its shadows,
+// and darkened by them.
+template <int channels, int colors>
+void paintRow(const std::vector<float>& paper, float darkness, const std::uint8_t* in,
+              std::uint8_t* out) {
+    const float pale = 0.35f * darkness;
+    for (const float light : paper) {
+        const float left = 1 - (1 - light) * darkness;
+        for (int c = 0; c < colors; ++c)
+            out[c] = static_cast<std::uint8_t>((in[c] + (255 - in[c]) * pale) * left + 0.5f);
+        if constexpr (colors < channels) out[colors] = in[colors];
+        in += channels;
+        out += channels;
+    }
+}
+
+Raster drawn(const Raster& source, float darkness, double unit, Task& task) {
+    Motif motif;
+    {
+        const Task::Stage stage(task, 0, 0.4);
+        motif = motifOf(source, unit, task);
+    }
+    const Task::Stage stage(task, 0.4, 1);
+    Raster result = Raster::uninitialized(source.type(), source.width(), source.height());
+    const ConstView from = source.view(), outlines = motif.outlines.view();
+    const ConstView tones = motif.tones.view();
+    const View to = result.edit();
+    const Hand hand(source.size(), unit);
+    constexpr decltype(&paintRow<1, 1>) kernels[] = {paintRow<1, 1>, paintRow<2, 1>, paintRow<3, 3>,
+                                                     paintRow<4, 3>};
+    const auto paint = kernels[bytesPerPixel(from.type) - 1];
+    parallelRows(from.height, task, [&](int y0, int y1) {
+        Hand::Room room(from.width);
+        for (int y = y0; y < y1; ++y) {
+            hand.row(outlines, tones, y, room);
+            paint(room.paper, darkness, from.row(y), to.row(y));
+        }
+    });
+    return result;
+}
+
+Raster scribble(const Raster& picture, const Arguments& arguments, Task& task) {
+    const float share = static_cast<float>(std::clamp(arguments.integer(0), 0, 100)) / 100;
+    const int filter = std::clamp(arguments.integer(1), 0, static_cast<int>(despeckled));
+    const bool first = arguments.boolean(2);
+    const Raster source = promoted(picture, task);
+    const double unit = std::max(0.6, std::min(source.width(), source.height()) / 1000.0);
+    const float darkness = std::sqrt(share);
+    Raster result;
+    {
+        const Task::Stage stage(task, 0, 0.5);
+        result = first ? filtered(filter, spreadBefore, source, unit, task)
+                       : drawn(source, darkness, unit, task);
+    }
+    const Task::Stage stage(task, 0.5, 1);
+    return first ? drawn(result, darkness, unit, task)
+                 : filtered(filter, spreadAfter, result, unit, task);
+}
+
+} // namespace
+
+const Operation scribbleOperation = {
+    .name = "Geometry.Scribble",
+    .undoName = "Scribble",
+    .arguments = scribbleArguments,
+    .run = scribble,
+    .border = -1,
+    .note = "Draws over the picture with a shaky pen: outlines, and strokes in the shadows.",
+};
+
+} // namespace kvn::imaging
