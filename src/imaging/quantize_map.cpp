@@ -14,6 +14,7 @@
 #include "imaging/quantize_nearest.h"
 #include "imaging/quantize_rows.h"
 #include "imaging/quantize_store.h"
+#include "imaging/quantize_two.h"
 
 namespace kvn::imaging {
 
@@ -199,8 +200,13 @@ class Strip {
     std::vector<std::uint8_t> dropped_;
 };
 
-void mapDithered(const Mapping& mapping, const View& to, Task& task) {
-    NearestColors first = mapping.search();
+// Two colours far enough apart for a short cut.
+bool isCoarsePair(const NearestColors& colors) {
+    const auto& entries = colors.entries();
+    return entries.size() == 2 && entries[0] != entries[1] && spacingOf(entries) > coarseSpacing;
+}
+
+void mapDithered(const Mapping& mapping, NearestColors& first, const View& to, Task& task) {
     const double spacing = spacingOf(first.entries());
     const Strength strength(spacing);
     const int strips =
@@ -263,10 +269,13 @@ Raster mapToPalette(const Raster& source, const Palette& palette, bool dither, T
     result.setPalette(palette);
     const Mapping mapping(source, palette);
     const View to = result.edit();
-    if (dither)
-        mapDithered(mapping, to, task);
-    else
+    NearestColors colors = mapping.search();
+    if (!dither)
         mapNearest(mapping, to, task);
+    else if (isCoarsePair(colors))
+        diffuseTwoColors(source, palette, to, task);
+    else
+        mapDithered(mapping, colors, to, task);
     return result;
 }
 

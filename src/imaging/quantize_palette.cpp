@@ -36,8 +36,10 @@ struct Bin {
 };
 using Histogram = std::vector<Bin>;
 
-// Sums of more pixels would not fit into a bin.
-constexpr std::int64_t mostSamples = std::int64_t{1} << 24;
+// Sums of more pixels would not fit into a bin. Few colours are told by fewer pixels.
+constexpr std::int64_t samplesFor(int colors) {
+    return std::int64_t{1} << (colors <= 32 ? 21 : 24);
+}
 
 template <bool withAlpha>
 void countRow(const std::uint8_t* row, int start, int step, int width, Histogram& histogram) {
@@ -67,19 +69,22 @@ Histogram sumOf(Store<Histogram>& parts) {
     return total;
 }
 
-Histogram histogramOf(const Raster& source, bool withAlpha, Task& task) {
+// Looks at no more pixels than about `most`.
+Histogram histogramOf(const Raster& source, bool withAlpha, std::int64_t most, Task& task) {
     const std::int64_t pixels = std::int64_t{source.width()} * source.height();
-    const int step = static_cast<int>((pixels + mostSamples - 1) / mostSamples);
+    const int every = static_cast<int>((pixels + most - 1) / most);
+    const int rowStep = std::max(1, static_cast<int>(std::sqrt(every)));
+    const int step = (every + rowStep - 1) / rowStep;
     const RowReader reader(source, ImageType::Rgba32);
     const std::size_t bins = std::size_t{1} << (withAlpha ? alphaBins : opaqueBins).total();
     Store<Histogram> parts;
     parallelRows(source.height(), task, [&](int y0, int y1) {
         const auto histogram = parts.borrow([&] { return Histogram(bins); });
         std::vector<std::uint8_t> row(static_cast<std::size_t>(source.width()) * 4);
-        for (int y = y0; y < y1; ++y) {
+        for (int y = (y0 + rowStep - 1) / rowStep * rowStep; y < y1; y += rowStep) {
             reader.read(y, row.data());
             // Where not every pixel is looked at, those of one row lie between those of the last.
-            const int start = y % step;
+            const int start = y / rowStep % step;
             if (withAlpha)
                 countRow<true>(row.data(), start, step, source.width(), *histogram);
             else
@@ -190,7 +195,7 @@ Palette choosePalette(const Raster& source, int colors, bool withAlpha, Task& ta
     const Cloud cloud = [&] {
         const Task::Stage stage(task, 0.1, 0.6);
         withAlpha = withAlpha && !isOpaque(source, task);
-        return cloudOf(histogramOf(source, withAlpha, task));
+        return cloudOf(histogramOf(source, withAlpha, samplesFor(colors), task));
     }();
     std::vector<Center> centers = cutCloud(cloud, static_cast<std::size_t>(colors));
     const Task::Stage stage(task, 0.6, 1);
