@@ -1,5 +1,7 @@
 // Where a command of the effects has something to decide: cancelled dialogs, failures and their
 // boxes, the sides of Resize, regions, palette files, the perspective's corners, the warp line.
+#include <QPushButton>
+
 #include "basic/error.h"
 #include "effects/support/studio.h"
 #include "effects/support/typed_catalogue.h"
@@ -178,6 +180,27 @@ class DecisionsTest : public QObject {
         studio_->user.colors = {0u};
         QVERIFY(run(menu.toLatin1(), index).contains(updated));
         QCOMPARE(steps(), 1);
+    }
+
+    void userStopsSlowWork() {
+        studio_->openType(5, 2000, 1500);
+        studio_->engine.setProgressDelay(0);
+        studio_->progress.setShowDelay(0);
+        answer([](Dialog& dialog) { dialog.txtText(0)->setText("151"); });
+        const Snapshot before = snapshot(studio_->picture());
+        int reports = 0;
+        connect(studio_->form->imgxAction, &engine::ImgX::Progress, this, [&] {
+            QPushButton* cancel = studio_->progress.window()->findChild<QPushButton*>();
+            if (++reports == 2) QVERIFY(cancel->isVisible() && !studio_->form->isEnabled());
+            if (reports == 2) cancel->click();
+        });
+        QCOMPARE(run("mnuFilters", 26).size(), 2);
+        QVERIFY(reports > 2);
+        QCOMPARE(studio_->user.said(), QStringList());
+        QCOMPARE(steps(), 0);
+        QVERIFY(studio_->form->Saved && studio_->form->isEnabled());
+        QVERIFY(!studio_->progress.window()->isVisible());
+        QVERIFY(snapshot(studio_->picture()) == before);
     }
 
     // The perspective examples work on the picture itself, and without a working copy nothing runs.
