@@ -71,14 +71,14 @@ void FileWindow::start(const QString& folder) {
 
 // Room for the side bar's names, for sizes, types and whole dates; the file names take the rest.
 void FileWindow::arrange() {
-    constexpr int sideBar = 150, scrollBar = 24, leastName = 160;
+    constexpr int sideBar = 150, frames = 54, leastName = 160;
     constexpr int columns[] = {90, 110, 170}; // size, type, date
     resize(QSize(880, 560).boundedTo(availableSize(*this)));
     if (auto* splitter = findChild<QSplitter*>(QStringLiteral("splitter")))
         splitter->setSizes({sideBar, width() - sideBar});
     if (auto* details = findChild<QTreeView*>(QStringLiteral("treeView"))) {
         QHeaderView* header = details->header();
-        int left = width() - sideBar - scrollBar;
+        int left = width() - sideBar - frames;
         for (int i = 0; i < 3; ++i) {
             header->resizeSection(i + 1, columns[i]);
             left -= columns[i];

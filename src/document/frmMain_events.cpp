@@ -104,7 +104,7 @@ void frmMain::showContextMenu(QPoint place) {
 
 // The key that opens context menus; a mouse button has been dealt with by its press.
 void frmMain::contextMenuEvent(QContextMenuEvent* event) {
-    if (event->reason() == QContextMenuEvent::Keyboard && ImgX->hasFocus())
+    if (event->reason() == QContextMenuEvent::Keyboard)
         showContextMenu(ImgX->viewport()->mapToGlobal(ImgX->viewport()->rect().center()));
 }
 

@@ -1,9 +1,11 @@
 #include "shell/menu_tree.h"
 
 #include <QAction>
+#include <QCoreApplication>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMouseEvent>
+#include <QStatusTipEvent>
 
 #include "dialogs/look.h"
 #include "shell/menu/tree.h"
@@ -61,6 +63,9 @@ QMenu* MenuTree::addMenu(const menu::Item& item, std::string_view hint, QWidget&
     menu->setAccessibleName(menuCaption(text(item.caption)));
     if (!item.icon.empty()) menu->setIcon(dialogs::icon(text(item.icon)));
     explain(*menu->menuAction(), explanation(item, hint), true);
+    // Qt explains the items of menus that the bar opened, and of no context menu.
+    connect(menu, &QMenu::hovered, this,
+            [this](QAction* action) { action->showStatusText(bar_.window()); });
     fill(*menu, item.children, item.hint);
     return menu;
 }
@@ -176,7 +181,13 @@ void MenuTree::setVisible(const QString& name, int index, bool on) {
 
 void MenuTree::popUp(const QString& name, const QPoint& place) {
     QMenu* menu = menuOf(name);
-    if (menu && menu->menuAction()->isEnabled()) menu->popup(place);
+    if (!menu || !menu->menuAction()->isEnabled()) return;
+    const auto silence = [this] {
+        QStatusTipEvent nothing{QString()};
+        QCoreApplication::sendEvent(bar_.window(), &nothing);
+    };
+    connect(menu, &QMenu::aboutToHide, this, silence, Qt::SingleShotConnection);
+    menu->popup(place);
 }
 
 void MenuTree::setDetail(const QString& name, int index, const QString& detail) {

@@ -278,7 +278,6 @@ class Window : public QObject {
         QVERIFY(opens(0, 0) && opens(1, 2) && opens(16, 0) && opens(17, 0));
         QVERIFY(!opens(2, 1) && !opens(11, 11) && !opens(15, 0));
         QVERIFY(!desk_->menus.isEnabled("mnuEffectsCrop", 0)); // readied for this picture
-        document->ImgX->setFocus();
         desk_->menus.poppedUp.clear();
         QContextMenuEvent key(QContextMenuEvent::Keyboard, QPoint(1, 1), QPoint(1, 1));
         QCoreApplication::sendEvent(document->ImgX, &key);
