@@ -2,14 +2,16 @@
 
 #include <algorithm>
 #include <cstring>
+#include <mutex>
 #include <vector>
 
 #include "imaging/convert.h"
+#include "imaging/convert_rows.h"
 #include "imaging/operations/filters/convolve_kernels.h"
 #include "imaging/operations/filters/gauss.h"
 #include "imaging/operations/filters/gauss_kernels.h"
-#include "imaging/operations/filters/padded_rows.h"
-#include "imaging/operations/support/color_maps.h"
+#include "imaging/operations/filters/window_rows.h"
+#include "imaging/operations/support/simd.h"
 
 namespace kvn::imaging {
 namespace {
@@ -80,32 +82,39 @@ class Gradients {
     GradientRow none_;
 };
 
-// Whether the gradient at x is the greatest across the edge: along the row, the column or a
+// A ridge is where the gradient is the greatest across the edge: along the row, the column or a
 // diagonal, whichever is nearest to its direction (tan 22.5 degrees is 0.4142). Of two equal ones
-// the second is taken.
-bool isRidge(const GradientRow& above, const GradientRow& own, const GradientRow& below, int x) {
-    const int dx = own.across[static_cast<std::size_t>(x)];
-    const int dy = own.down[static_cast<std::size_t>(x)];
-    const int ax = std::abs(dx) * 13573, ay = std::abs(dy) * 32768; // 0.4142 in 2^-15
-    const std::int32_t square = own.square()[x];
-    if (ay < ax) return square > own.square()[x - 1] && square >= own.square()[x + 1];
-    if (std::abs(dx) * 32768 < std::abs(dy) * 13573)
-        return square > above.square()[x] && square >= below.square()[x];
-    const int side = (dx ^ dy) < 0 ? 1 : -1;
-    return square > above.square()[x + side] && square >= below.square()[x - side];
+// the second is taken. Without branches, for the directions of noise cannot be foretold.
+KVN_CLONES void markRow(const std::int32_t* above, const std::int32_t* own,
+                        const std::int32_t* below, const std::int16_t* across,
+                        const std::int16_t* down, Thresholds thresholds,
+                        std::uint8_t* __restrict marks, int width) {
+    for (int x = 0; x < width; ++x) {
+        const std::int32_t aboveLeft = above[x - 1], aboveOwn = above[x], aboveRight = above[x + 1];
+        const std::int32_t left = own[x - 1], square = own[x], right = own[x + 1];
+        const std::int32_t belowLeft = below[x - 1], belowOwn = below[x], belowRight = below[x + 1];
+        const std::int32_t dx = across[x], dy = down[x];
+        const std::int32_t ax = dx < 0 ? -dx : dx, ay = dy < 0 ? -dy : dy;
+        const bool flat = ay * 32768 < ax * 13573, steep = ax * 32768 < ay * 13573; // in 2^-15
+        const bool opposed = (dx ^ dy) < 0;
+        const std::int32_t slantedBefore = opposed ? aboveRight : aboveLeft;
+        const std::int32_t slantedAfter = opposed ? belowLeft : belowRight;
+        const std::int32_t straightBefore = flat ? left : aboveOwn;
+        const std::int32_t straightAfter = flat ? right : belowOwn;
+        const bool straight = flat | steep;
+        const std::int32_t before = straight ? straightBefore : slantedBefore;
+        const std::int32_t after = straight ? straightAfter : slantedAfter;
+        const bool ridge = (square > before) & (square >= after) & (square > thresholds.low);
+        const std::int32_t mark = square > thresholds.high ? Strong : Weak;
+        marks[x] = static_cast<std::uint8_t>(ridge ? mark : None);
+    }
 }
 
 void markRow(const Gradients& gradients, int y, const Thresholds& thresholds, std::uint8_t* marks,
              int width) {
-    const GradientRow& above = gradients.row(y - 1);
     const GradientRow& own = gradients.row(y);
-    const GradientRow& below = gradients.row(y + 1);
-    std::memset(marks, None, static_cast<std::size_t>(width));
-    const std::int32_t* square = own.square();
-    for (int x = 0; x < width; ++x) {
-        if (square[x] <= thresholds.low || !isRidge(above, own, below, x)) continue;
-        marks[x] = square[x] > thresholds.high ? Strong : Weak;
-    }
+    markRow(gradients.row(y - 1).square(), own.square(), gradients.row(y + 1).square(),
+            own.across.data(), own.down.data(), thresholds, marks, width);
 }
 
 void markRidges(const ConstView& gray, const Thresholds& thresholds, const View& marks,
@@ -120,14 +129,13 @@ void markRidges(const ConstView& gray, const Thresholds& thresholds, const View&
     });
 }
 
-// Makes edges of the strong marks and of all weak ones that are connected to them.
+// Makes edges of the strong marks and of all weak ones that are connected to them, within its rows.
 class Tracer {
   public:
     explicit Tracer(const View& marks) : marks_(marks) {}
 
-    void trace(Task& task) {
+    void trace() {
         for (int y = 0; y < marks_.height; ++y) {
-            if (y % 64 == 0) task.report(static_cast<double>(y) / marks_.height);
             const std::uint8_t* row = marks_.row(y);
             const std::uint8_t* const end = row + marks_.width;
             const auto next = [end](const std::uint8_t* from) {
@@ -138,6 +146,12 @@ class Tracer {
                 follow({static_cast<int>(at - row), y});
         }
     }
+    // Goes on with the edges of two rows, y - 1 and y, that were traced apart.
+    void join(int y) {
+        for (int x = 0; x < marks_.width; ++x)
+            for (const int side : {y - 1, y})
+                if (marks_.row(side)[x] == Edge) follow({x, side});
+    }
 
   private:
     void follow(Point start) {
@@ -145,9 +159,12 @@ class Tracer {
         while (!open_.empty()) {
             const Point p = open_.back();
             open_.pop_back();
-            for (int y = std::max(0, p.y - 1); y <= std::min(marks_.height - 1, p.y + 1); ++y)
-                for (int x = std::max(0, p.x - 1); x <= std::min(marks_.width - 1, p.x + 1); ++x)
-                    if (marks_.row(y)[x] == Weak || marks_.row(y)[x] == Strong) take({x, y});
+            const int left = std::max(0, p.x - 1), right = std::min(marks_.width - 1, p.x + 1);
+            for (int y = std::max(0, p.y - 1); y <= std::min(marks_.height - 1, p.y + 1); ++y) {
+                const std::uint8_t* row = marks_.row(y);
+                for (int x = left; x <= right; ++x)
+                    if (row[x] == Weak || row[x] == Strong) take({x, y});
+            }
         }
     }
     void take(Point p) {
@@ -159,14 +176,27 @@ class Tracer {
     std::vector<Point> open_;
 };
 
-void paintRow(const std::uint8_t* marks, std::uint8_t level, const std::uint8_t* pixels,
-              std::uint8_t* out, int width, ImageType type) {
-    const int channels = bytesPerPixel(type), colors = channels - (hasAlpha(type) ? 1 : 0);
-    for (int x = 0; x < width; ++x, pixels += channels, out += channels) {
-        const std::uint8_t value = marks[x] == Edge ? level : 0;
-        for (int c = 0; c < channels; ++c)
-            out[c] = c < colors ? value : pixels[c];
-    }
+// Each band by itself, then from band to band; what is connected does not depend on the order.
+void traceEdges(const View& marks, Task& task) {
+    std::mutex guard;
+    std::vector<int> seams;
+    parallelRows(
+        marks.height, task,
+        [&](int y0, int y1) {
+            Tracer({marks.row(y0), marks.stride, marks.width, y1 - y0, marks.type}).trace();
+            const std::lock_guard lock(guard);
+            if (y0 > 0) seams.push_back(y0);
+        },
+        128);
+    Tracer whole(marks);
+    for (const int y : seams)
+        whole.join(y);
+}
+
+KVN_CLONES void brightenEdges(const std::uint8_t* __restrict marks, std::uint8_t level,
+                              std::uint8_t* __restrict out, int width) {
+    for (int x = 0; x < width; ++x)
+        out[x] = marks[x] == Edge ? level : 0;
 }
 
 constexpr Argument cannyEdgeArguments[] = {
@@ -189,15 +219,20 @@ Raster cannyEdge(const Raster& picture, const Arguments& arguments, Task& task) 
     }
     {
         const Task::Stage stage(task, 0.5, 0.9);
-        Tracer(marked).trace(task);
+        traceEdges(marked, task);
     }
     const Task::Stage stage(task, 0.9, 1);
     Raster result = Raster::uninitialized(source.type(), source.width(), source.height());
     const ConstView from = source.view();
     const View to = result.edit();
     parallelRows(from.height, task, [&](int y0, int y1) {
-        for (int y = y0; y < y1; ++y)
-            paintRow(marked.row(y), level, from.row(y), to.row(y), from.width, from.type);
+        std::vector<std::uint8_t> gray(static_cast<std::size_t>(from.width));
+        for (int y = y0; y < y1; ++y) {
+            brightenEdges(marked.row(y), level, gray.data(), from.width);
+            convertRow(ImageType::Gray8, from.type, gray.data(), to.row(y), from.width);
+            if (hasAlpha(from.type))
+                copyAlpha(from.row(y), to.row(y), from.width, bytesPerPixel(from.type));
+        }
     });
     return result;
 }

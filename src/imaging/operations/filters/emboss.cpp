@@ -6,9 +6,10 @@
 #include <vector>
 
 #include "imaging/convert.h"
-#include "imaging/operations/filters/padded_rows.h"
+#include "imaging/convert_rows.h"
 #include "imaging/operations/filters/relief_kernels.h"
-#include "imaging/operations/support/color_maps.h"
+#include "imaging/operations/filters/window_rows.h"
+#include "imaging/operations/support/simd.h"
 
 namespace kvn::imaging {
 namespace {
@@ -24,23 +25,28 @@ constexpr Argument embossArguments[] = {
     {"use image as texture", ArgumentKind::Boolean, 0, 0, "", "shades the picture"},
 };
 
-std::uint8_t level(float value) {
+inline std::uint8_t level(float value) {
     return static_cast<std::uint8_t>(static_cast<int>(std::min(value, 255.0f) + 0.5f));
 }
 
-// One row: the shade itself, or the picture times `scale` of it. Alpha is copied.
+KVN_CLONES void levelsOf(const float* __restrict shade, std::uint8_t* __restrict out, int width) {
+    for (int x = 0; x < width; ++x)
+        out[x] = level(shade[x]);
+}
+
+// One row of the picture times `scale` of the shade. Alpha is copied.
 template <int channels, int colors>
-void paint(const float* __restrict shade, bool texture, float scale,
-           const std::uint8_t* __restrict pixels, std::uint8_t* __restrict out, int width) {
+void paint(const float* __restrict shade, float scale, const std::uint8_t* __restrict pixels,
+           std::uint8_t* __restrict out, int width) {
     for (int x = 0; x < width; ++x)
         for (int c = 0; c < channels; ++c) {
             const int i = x * channels + c;
-            const float ground = texture ? static_cast<float>(pixels[i]) * scale : 1.0f;
-            out[i] = c < colors ? level(shade[x] * ground) : pixels[i];
+            out[i] =
+                c < colors ? level(shade[x] * scale * static_cast<float>(pixels[i])) : pixels[i];
         }
 }
 
-using Paint = void (*)(const float*, bool, float, const std::uint8_t*, std::uint8_t*, int);
+using Paint = void (*)(const float*, float, const std::uint8_t*, std::uint8_t*, int);
 
 Paint paintFor(ImageType type) {
     switch (type) {
@@ -80,11 +86,19 @@ Raster emboss(const Raster& picture, const Arguments& arguments, Task& task) {
         [&](int y0, int y1) {
             PaddedRows rows(ground, reach, reach, reach);
             std::vector<float> shade(static_cast<std::size_t>(width) + 64);
+            std::vector<std::uint8_t> gray(static_cast<std::size_t>(width));
             for (int y = y0; y < y1; ++y) {
                 const std::uint8_t* const* around = rows.around(y);
                 shadeRow(around[0], around[reach], around[2 * reach], reach, lamp, slopeOf45,
                          shade.data(), static_cast<std::size_t>(width));
-                paintRow(shade.data(), texture, 1 / (255 * lamp.z), from.row(y), to.row(y), width);
+                if (texture) {
+                    paintRow(shade.data(), 1 / (255 * lamp.z), from.row(y), to.row(y), width);
+                    continue;
+                }
+                levelsOf(shade.data(), gray.data(), width);
+                convertRow(ImageType::Gray8, from.type, gray.data(), to.row(y), width);
+                if (hasAlpha(from.type))
+                    copyAlpha(from.row(y), to.row(y), width, bytesPerPixel(from.type));
             }
         },
         std::max(16, 2 * reach));

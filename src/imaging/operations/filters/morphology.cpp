@@ -7,6 +7,7 @@
 #include "basic/error.h"
 #include "imaging/operations/filters/rank_kernels.h"
 #include "imaging/operations/filters/window_rows.h"
+#include "imaging/operations/support/simd.h"
 
 namespace kvn::imaging {
 namespace {
@@ -14,10 +15,20 @@ namespace {
 constexpr int largestSide = 99;
 enum Kind { Dilation, Erosion, Open, Close, TopHat };
 
+KVN_CLONES void subtractFrom(const std::uint8_t* __restrict from, std::uint8_t* __restrict out,
+                             std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i)
+        out[i] = static_cast<std::uint8_t>(from[i] - out[i]);
+}
+
 // The neighbours that count, from the pixel, and how far they reach.
 struct Element {
     std::vector<Point> offsets;
     int reach = 0;
+    bool isSquare() const {
+        const auto side = static_cast<std::size_t>(2 * reach + 1);
+        return offsets.size() == side * side;
+    }
 };
 
 Element elementOf(const Matrix& kernel) {
@@ -32,53 +43,67 @@ Element elementOf(const Matrix& kernel) {
     return element;
 }
 
+// Rows of extremes, made from the padded rows around each.
+class ExtremeRow {
+  public:
+    ExtremeRow(Extreme which, const Element& element) : which_(which), element_(&element) {}
+
+    void operator()(const std::uint8_t* const* rows, std::uint8_t* out, const ConstView& shape) {
+        const int step = bytesPerPixel(shape.type), reach = element_->reach;
+        const std::size_t count = rowBytes(shape.type, shape.width);
+        if (element_->isSquare()) {
+            scratch_.resize(rowBytes(shape.type, shape.width + 2 * reach));
+            extremeOfRows(which_, rows, 2 * reach + 1, scratch_.data(), scratch_.size());
+            extremeAlong(which_, scratch_.data(), out, count, 2 * reach + 1, step);
+            return;
+        }
+        const int sign = which_ == Extreme::Greatest ? -1 : 1;
+        starts_.clear();
+        for (const Point& p : element_->offsets)
+            starts_.push_back(rows[reach + sign * p.y] + (reach + sign * p.x) * step);
+        extremeOfRows(which_, starts_.data(), static_cast<int>(starts_.size()), out, count);
+    }
+
+  private:
+    Extreme which_;
+    const Element* element_;
+    std::vector<std::uint8_t> scratch_;
+    std::vector<const std::uint8_t*> starts_;
+};
+
 Raster extremeIn(const Raster& source, Extreme which, const Element& element, Task& task) {
     const int reach = element.reach;
-    const int sign = which == Extreme::Greatest ? -1 : 1;
-    return throughWindow(
-        source, {reach, reach, reach}, true, task,
-        [=, &element, starts = std::vector<const std::uint8_t*>()](
-            const std::uint8_t* const* rows, std::uint8_t* out, const ConstView& view) mutable {
-            starts.clear();
-            for (const Point& p : element.offsets)
-                starts.push_back(rows[reach + sign * p.y] +
-                                 (reach + sign * p.x) * bytesPerPixel(view.type));
-            extremeOfRows(which, starts.data(), static_cast<int>(starts.size()), out,
-                          rowBytes(view.type, view.width));
-        });
+    return throughWindow(source, {reach, reach, reach}, true, task, ExtremeRow(which, element));
 }
 
-Raster extremeTwice(const Raster& source, Extreme first, const Element& element, Task& task) {
-    const Extreme second = first == Extreme::Least ? Extreme::Greatest : Extreme::Least;
-    Raster between;
-    {
-        const Task::Stage stage(task, 0, 0.45);
-        between = extremeIn(source, first, element, task);
-    }
-    const Task::Stage stage(task, 0.45, 0.9);
-    return extremeIn(between, second, element, task);
-}
-
-// The colours of the picture minus those of its opening, which are nowhere greater; written over
-// the opening.
-Raster topHat(const Raster& picture, const Element& element, Task& task) {
+// First one extreme, then the other of its rows, which are made as they are wanted. The top hat is
+// the picture minus its opening, which is nowhere greater.
+Raster extremeTwice(const Raster& picture, Extreme first, bool topHat, const Element& element,
+                    Task& task) {
     const Raster source = promoted(picture, task);
-    Raster opening = extremeTwice(source, Extreme::Least, element, task);
-    const Task::Stage stage(task, 0.9, 1);
+    Raster result = Raster::uninitialized(source.type(), source.width(), source.height());
     const ConstView from = source.view();
-    const View to = opening.edit();
-    const int channels = bytesPerPixel(from.type);
+    const View to = result.edit();
+    const int reach = element.reach;
     const std::size_t count = rowBytes(from.type, from.width);
-    parallelRows(from.height, task, [&](int y0, int y1) {
-        for (int y = y0; y < y1; ++y) {
-            const std::uint8_t* __restrict own = from.row(y);
-            std::uint8_t* __restrict out = to.row(y);
-            for (std::size_t i = 0; i < count; ++i)
-                out[i] = static_cast<std::uint8_t>(own[i] - out[i]);
-            if (hasAlpha(from.type)) copyAlpha(own, out, from.width, channels);
-        }
-    });
-    return opening;
+    parallelRows(
+        from.height, task,
+        [&](int y0, int y1) {
+            ExtremeRow inner(first, element);
+            ExtremeRow outer(first == Extreme::Least ? Extreme::Greatest : Extreme::Least, element);
+            PaddedRows rows(from, reach, reach, reach);
+            PaddedRows between(from, reach, reach, reach,
+                               [&](int y, std::uint8_t* row) { inner(rows.around(y), row, from); });
+            for (int y = y0; y < y1; ++y) {
+                std::uint8_t* const out = to.row(y);
+                outer(between.around(y), out, from);
+                if (topHat) subtractFrom(from.row(y), out, count);
+                if (hasAlpha(from.type))
+                    copyAlpha(from.row(y), out, from.width, bytesPerPixel(from.type));
+            }
+        },
+        std::max(32, 8 * reach));
+    return result;
 }
 
 constexpr Argument morphologyArguments[] = {
@@ -100,11 +125,11 @@ Raster morphology(const Raster& source, const Arguments& arguments, Task& task) 
     case Erosion:
         return extremeIn(source, Extreme::Least, element, task);
     case Open:
-        return extremeTwice(source, Extreme::Least, element, task);
+        return extremeTwice(source, Extreme::Least, false, element, task);
     case Close:
-        return extremeTwice(source, Extreme::Greatest, element, task);
+        return extremeTwice(source, Extreme::Greatest, false, element, task);
     default:
-        return topHat(source, element, task);
+        return extremeTwice(source, Extreme::Least, true, element, task);
     }
 }
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <vector>
 
 #include "imaging/raster.h"
@@ -15,6 +16,9 @@ class PaddedRows {
     // `above`, `below`, `side`: pixels that the window reaches beyond its middle. 256 bytes behind
     // each row may be read.
     PaddedRows(const ConstView& view, int above, int below, int side);
+    // Rows that are made when they are first wanted, as many and as wide as those of `shape`.
+    using Make = std::function<void(int y, std::uint8_t* row)>;
+    PaddedRows(const ConstView& shape, int above, int below, int side, Make make);
 
     // rows()[k] is the row y - above + k; its entry 0 is the pixel `side` left of the picture.
     const std::uint8_t* const* around(int y);
@@ -22,7 +26,8 @@ class PaddedRows {
   private:
     const std::uint8_t* padded(int y);
 
-    ConstView view_;
+    ConstView shape_;
+    Make make_;
     int above_, count_, side_;
     std::vector<std::vector<std::uint8_t>> rows_;
     std::vector<int> kept_;

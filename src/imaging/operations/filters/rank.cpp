@@ -4,6 +4,7 @@
 
 #include "imaging/operations/filters/box_sums.h"
 #include "imaging/operations/filters/convolve_kernels.h"
+#include "imaging/operations/filters/large_extremes.h"
 #include "imaging/operations/filters/rank_kernels.h"
 #include "imaging/operations/filters/window_rows.h"
 #include "imaging/operations/support/bands.h"
@@ -13,6 +14,7 @@ namespace {
 
 constexpr int largestSize = 255;
 constexpr int largestCounted = 15; // its 225 values are counted in a byte
+constexpr int largestCompared = 25; // beyond, comparing all rows of the window costs more
 
 constexpr Argument rankArguments[] = {
     {"filter size", ArgumentKind::Integer, 1, largestSize, "px", "side of the window; made odd"},
@@ -55,6 +57,8 @@ Raster medianCut(const Raster& source, const Arguments& arguments, Task& task) {
 Raster extreme(Extreme which, const Raster& source, const Arguments& arguments, Task& task) {
     const int size = oddSize(arguments.integer(0), largestSize);
     if (size == 1) return source;
+    if (size > largestCompared)
+        return extremeOfLargeWindows(which, source, size, arguments.boolean(1), task);
     return throughWindow(
         source, windowOf(size), arguments.boolean(1), task,
         [=, scratch = std::vector<std::uint8_t>()](

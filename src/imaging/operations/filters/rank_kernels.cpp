@@ -29,13 +29,25 @@ HWY_INLINE void mergeRow(const std::uint8_t* HWY_RESTRICT row, std::uint8_t* HWY
 }
 
 template <Extreme which>
+HWY_INLINE void chooseOfThree(const std::uint8_t* HWY_RESTRICT a,
+                              const std::uint8_t* HWY_RESTRICT b,
+                              const std::uint8_t* HWY_RESTRICT c, std::uint8_t* HWY_RESTRICT out,
+                              std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i)
+        out[i] = chosen<which>(chosen<which>(a[i], b[i]), c[i]);
+}
+
+// In pieces that stay in the nearest cache.
+template <Extreme which>
 HWY_INLINE void extremeRows(const std::uint8_t* const* rows, int n, std::uint8_t* out,
                             std::size_t count) {
     constexpr std::size_t piece = 2048;
     for (std::size_t begin = 0; begin < count; begin += piece) {
         const std::size_t length = std::min(piece, count - begin);
-        std::memcpy(out + begin, rows[0] + begin, length);
-        for (int k = 1; k < n; ++k)
+        const std::uint8_t* const third = rows[std::min(n - 1, 2)];
+        chooseOfThree<which>(rows[0] + begin, rows[std::min(n - 1, 1)] + begin, third + begin,
+                             out + begin, length);
+        for (int k = 3; k < n; ++k)
             mergeRow<which>(rows[k] + begin, out + begin, length);
     }
 }
@@ -43,6 +55,7 @@ HWY_INLINE void extremeRows(const std::uint8_t* const* rows, int n, std::uint8_t
 template <Extreme which>
 HWY_INLINE void extremeEntries(std::uint8_t* row, std::uint8_t* HWY_RESTRICT out, std::size_t count,
                                std::size_t size, std::size_t step) {
+    if (size == 3) return chooseOfThree<which>(row, row + step, row + 2 * step, out, count);
     // The extremes of 1, 2, 4, 8 ... entries; the last two windows overlap, which does no harm.
     std::size_t window = 1, length = count + (size - 1) * step;
     for (; window * 2 <= size; window *= 2) {
@@ -70,6 +83,13 @@ void leastEntries(std::uint8_t* row, std::uint8_t* out, std::size_t count, std::
 void greatestEntries(std::uint8_t* row, std::uint8_t* out, std::size_t count, std::size_t size,
                      std::size_t step) {
     extremeEntries<Extreme::Greatest>(row, out, count, size, step);
+}
+
+void leastInto(const std::uint8_t* row, std::uint8_t* out, std::size_t count) {
+    mergeRow<Extreme::Least>(row, out, count);
+}
+void greatestInto(const std::uint8_t* row, std::uint8_t* out, std::size_t count) {
+    mergeRow<Extreme::Greatest>(row, out, count);
 }
 
 using Bytes = hn::ScalableTag<std::uint8_t>;
@@ -203,6 +223,8 @@ HWY_EXPORT(leastRows);
 HWY_EXPORT(greatestRows);
 HWY_EXPORT(leastEntries);
 HWY_EXPORT(greatestEntries);
+HWY_EXPORT(leastInto);
+HWY_EXPORT(greatestInto);
 HWY_EXPORT(median);
 
 void extremeOfRows(Extreme which, const std::uint8_t* const* rows, int n, std::uint8_t* out,
@@ -217,6 +239,11 @@ void extremeAlong(Extreme which, std::uint8_t* row, std::uint8_t* out, std::size
     if (which == Extreme::Least)
         return HWY_DYNAMIC_DISPATCH(leastEntries)(row, out, count, window, distance);
     HWY_DYNAMIC_DISPATCH(greatestEntries)(row, out, count, window, distance);
+}
+
+void mergeExtreme(Extreme which, const std::uint8_t* row, std::uint8_t* out, std::size_t count) {
+    if (which == Extreme::Least) return HWY_DYNAMIC_DISPATCH(leastInto)(row, out, count);
+    HWY_DYNAMIC_DISPATCH(greatestInto)(row, out, count);
 }
 
 void medianOfWindow(const std::uint8_t* const* rows, int size, int step, std::uint8_t* out,

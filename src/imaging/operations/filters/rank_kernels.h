@@ -11,6 +11,8 @@ enum class Extreme { Least, Greatest };
 // out[i] = the extreme of rows[k][i] over k below n.
 void extremeOfRows(Extreme which, const std::uint8_t* const* rows, int n, std::uint8_t* out,
                    std::size_t count);
+// out[i] = the extreme of out[i] and row[i].
+void mergeExtreme(Extreme which, const std::uint8_t* row, std::uint8_t* out, std::size_t count);
 // out[i] = the extreme of row[i + k * step] over k below size. `row` has count + (size - 1) * step
 // entries and is used as scratch memory.
 void extremeAlong(Extreme which, std::uint8_t* row, std::uint8_t* out, std::size_t count, int size,
