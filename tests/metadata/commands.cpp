@@ -31,17 +31,6 @@ class MetadataCommands : public QObject {
 
     QList<frmEXIF*> windows() const { return desk_->host.frame.findChildren<frmEXIF*>(); }
 
-    // Opens the marker window, lets `work` use it, and says what the mask is then.
-    quint32 afterMarkers(frmMain& document, const std::function<void(frmJPEGMarkers&)>& work) {
-        desk_->user.inWindow = [&](QDialog& window) {
-            window.show();
-            work(dynamic_cast<frmJPEGMarkers&>(window));
-        };
-        desk_->run(document, Markers);
-        desk_->user.inWindow = nullptr;
-        return document.ImgX->JPEGMarkers();
-    }
-
   private slots:
     void init() { desk_ = std::make_unique<MetadataDesk>(); }
     void cleanup() { desk_.reset(); }
@@ -111,49 +100,41 @@ class MetadataCommands : public QObject {
     }
 
     void markersAreChosen() {
+        struct Use {
+            quint32 before;
+            QList<int> turned;  // lines
+            const char* button; // null: the close box
+            quint32 after;
+        };
         frmMain* document = desk_->create();
-        const auto press = [](frmJPEGMarkers& window, const char* button) {
-            window.findChild<QPushButton*>(button)->click();
-        };
-        const auto toggle = [](frmJPEGMarkers& window, int row) {
-            window.lstJPEGMarkers->setCurrentRow(row);
-            QTest::keyClick(window.lstJPEGMarkers, Qt::Key_Space);
-        };
-        QCOMPARE(afterMarkers(
-                     *document,
-                     [&](frmJPEGMarkers& window) {
-                         QCOMPARE(window.windowTitle(), QString("JPEG Markers to Save"));
-                         QCOMPARE(window.lstJPEGMarkers->count(), 14);
-                         QCOMPARE(window.lstJPEGMarkers->item(0)->text(), QString("JPEG_APP1"));
-                         QCOMPARE(window.lstJPEGMarkers->item(13)->text(), QString("JPEG_APP14"));
-                         QCOMPARE(window.Markers, allMarkers);
-                         toggle(window, 0);
-                         toggle(window, 12);
-                         press(window, "cmdOK");
-                     }),
-                 allMarkers & ~0x1001U);
-        for (const bool byBox : {false, true})
-            QCOMPARE(afterMarkers(*document,
-                                  [&](frmJPEGMarkers& window) {
-                                      QCOMPARE(window.lstJPEGMarkers->item(12)->checkState(),
-                                               Qt::Unchecked);
-                                      toggle(window, 3);
-                                      if (byBox) window.close();
-                                      if (!byBox) press(window, "cmdCancel");
-                                      QVERIFY(window.Cancelled && !window.isVisible());
-                                  }),
-                     allMarkers & ~0x1001U);
-        // What the list does not show stays until a line is changed.
-        document->ImgX->setJPEGMarkers(0x80004001);
-        QCOMPARE(afterMarkers(*document, [&](frmJPEGMarkers& w) { press(w, "cmdOK"); }),
-                 0x80004001U);
-        QCOMPARE(afterMarkers(*document,
-                              [&](frmJPEGMarkers& window) {
-                                  window.lstJPEGMarkers->selectAll();
-                                  QTest::keyClick(window.lstJPEGMarkers, Qt::Key_Space);
-                                  press(window, "cmdOK");
-                              }),
-                 0U);
+        QCOMPARE(document->ImgX->JPEGMarkers(), allMarkers);
+        for (const Use& use :
+             {Use{allMarkers, {0, 12}, "cmdOK", 0x2ffe}, Use{0x2ffe, {3}, "cmdCancel", 0x2ffe},
+              Use{0x2ffe, {3}, nullptr, 0x2ffe},
+              // What the list does not show stays until a line is changed.
+              Use{0x80004001, {}, "cmdOK", 0x80004001}, Use{0x80004001, {0}, "cmdOK", 0}}) {
+            desk_->user.inWindow = [&](QDialog& shown) {
+                auto& window = dynamic_cast<frmJPEGMarkers&>(shown);
+                window.show();
+                QCOMPARE(window.windowTitle(), QString("JPEG Markers to Save"));
+                const QListWidget& list = *window.lstJPEGMarkers;
+                QCOMPARE(list.count(), 14);
+                for (int i = 0; i < 14; ++i) {
+                    QCOMPARE(list.item(i)->text(), QString("JPEG_APP%1").arg(i + 1));
+                    QCOMPARE(list.item(i)->checkState() == Qt::Checked, (use.before >> i & 1) == 1);
+                }
+                for (const int row : use.turned) {
+                    window.lstJPEGMarkers->setCurrentRow(row);
+                    QTest::keyClick(window.lstJPEGMarkers, Qt::Key_Space);
+                }
+                if (use.button) window.findChild<QPushButton*>(use.button)->click();
+                if (!use.button) window.close();
+                QVERIFY(!window.isVisible());
+            };
+            document->ImgX->setJPEGMarkers(use.before);
+            QVERIFY(desk_->run(*document, Markers));
+            QCOMPARE(document->ImgX->JPEGMarkers(), use.after);
+        }
     }
 
     void markersAreCopied() {
