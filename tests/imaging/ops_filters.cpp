@@ -145,7 +145,7 @@ void FiltersTest::gaussianIsTrue() {
                                noise(ImageType::GrayAlpha16, {1, 9}),
                                noise(ImageType::Bit1, {9, 1}), noise(ImageType::Gray8, {33, 29})};
     onEveryInstructionSet([&] {
-        for (const int amount : {20, 64, 66, 130, 500})
+        for (const int amount : {20, 64, 66, 130, 500, 1250})
             for (const Raster& picture : pictures) {
                 const Raster seen = withoutPalette(picture);
                 const std::vector<double> weights = bell(amount / 25.0);
