@@ -4,6 +4,8 @@
 #include "engine/detail/file_io.h"
 #include "engine/detail/page_list.h"
 #include "imaging/exif.h"
+#include "imaging/metadata/exif_block.h"
+#include "imaging/metadata/orientation.h"
 
 namespace kvn::engine {
 namespace {
@@ -50,7 +52,8 @@ bool Exif::HasThumbnail() const {
 }
 
 Image Exif::Thumbnail() const {
-    const imaging::Bytes bytes = imaging::exifThumbnail(metadataOf(page_));
+    const imaging::Metadata& metadata = metadataOf(page_);
+    const imaging::Bytes bytes = imaging::exifThumbnail(metadata);
     if (bytes.empty()) return {};
     Image thumbnail(detail::listOf(page_).engine(), "Thumbnail");
     detail::PageList& list = *thumbnail.ref().list;
@@ -63,6 +66,12 @@ Image Exif::Thumbnail() const {
         // A thumbnail that cannot be read is none.
         return {};
     }
+    // It lies as the camera was held, and the block that says so is the picture's.
+    using imaging::ExifBlock;
+    const auto held =
+        ExifBlock(metadata.exif).number(ExifBlock::Directory::Main, ExifBlock::orientation);
+    imaging::Raster& raster = list.state.pages.front().raster;
+    raster = imaging::turnedUpright(raster, static_cast<int>(held.value_or(1)), task);
     list.state.current = 0;
     list.markSaved();
     return thumbnail;

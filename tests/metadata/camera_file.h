@@ -33,12 +33,15 @@ inline Raster slope(int width, int height) {
     return raster;
 }
 
+inline Bytes jpegOf(const Raster& raster) {
+    return written(jpegCodec(), {{raster, nullptr, {}}});
+}
+
 inline Metadata cameraMetadata() {
-    const Raster small = slope(16, 12);
     Metadata metadata;
     metadata.exif = ExifMaker(true).make({{0x0112, 3, 1}, {0x0213, 3, 1}},
                                          {{0x8827, 3, 400}, {0xa002, 4, 64}, {0xa003, 3, 48}},
-                                         written(jpegCodec(), {{small, nullptr, {}}}));
+                                         jpegOf(slope(16, 12)));
     metadata.iptc = iptcRecord(25, "one");
     for (const std::uint8_t byte : iptcRecord(120, "a caption"))
         metadata.iptc.push_back(byte);

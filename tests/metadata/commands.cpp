@@ -99,6 +99,23 @@ class MetadataCommands : public QObject {
         QCOMPARE(desk_->user.said(), QStringList());
     }
 
+    void thumbnailsStandUpright() {
+        const Bytes exif = ExifMaker(true).make({{0x0112, 3, 6}}, {}, jpegOf(slope(16, 12)));
+        Bytes segment = bytesOf(std::string_view("\xff\xe1\0\0Exif\0\0", 10));
+        segment.insert(segment.end(), exif.begin(), exif.end());
+        segment[2] = static_cast<std::uint8_t>((segment.size() - 2) >> 8);
+        segment[3] = static_cast<std::uint8_t>(segment.size() - 2);
+        Bytes file = jpegOf(slope(64, 48));
+        file.insert(file.begin() + 2, segment.begin(), segment.end());
+        frmMain* document = desk_->open(
+            desk_->file("turned.jpg", QByteArray(reinterpret_cast<const char*>(file.data()),
+                                                 static_cast<qsizetype>(file.size()))));
+        QVERIFY(desk_->run(*document, Thumbnail));
+        const engine::Info info = document->ImgX->Images().Item(1).Info();
+        QCOMPARE(QSize(info.Width(), info.Height()), QSize(12, 16));
+        QVERIFY(info.GetPixel(6, 1).Red() < 60 && info.GetPixel(6, 14).Red() > 190);
+    }
+
     void markersAreChosen() {
         struct Use {
             quint32 before;
