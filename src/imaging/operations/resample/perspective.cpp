@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 #include <utility>
+#include <vector>
 
 #include "basic/error.h"
 #include "imaging/operations/resample/resample.h"
@@ -35,6 +36,10 @@ constexpr Argument perspectiveMapArguments[] = {
     corner("q4", "where p4 goes"),
     {"flag", ArgumentKind::Integer, 0, 1, "", "not looked at"},
 };
+
+// From this many source pixels a step on the picture is reduced first. Below, the sampling kernel
+// alone does not alias.
+constexpr double worthReducing = 1.25;
 
 using Quadrilateral = std::array<Point, 4>;
 
@@ -88,14 +93,79 @@ Homography homography(const Quadrilateral& from, const Quadrilateral& to, const 
     return result;
 }
 
+struct Factors {
+    double x = 1, y = 1;
+};
+
+// By how much the mapping shrinks the columns and the rows of the picture where it shrinks them
+// least: that is at one of its corners.
+Factors leastShrinking(const Homography& m, const Quadrilateral& to) {
+    Factors least{64, 64};
+    for (const Point& p : to) {
+        const double depth = m[6] * p.x + m[7] * p.y + 1;
+        const double u = (m[0] * p.x + m[1] * p.y + m[2]) / depth;
+        const double v = (m[3] * p.x + m[4] * p.y + m[5]) / depth;
+        const double across = std::hypot(m[0] - u * m[6], m[1] - u * m[7]) / std::abs(depth);
+        const double down = std::hypot(m[3] - v * m[6], m[4] - v * m[7]) / std::abs(depth);
+        least = {std::min(least.x, across), std::min(least.y, down)};
+    }
+    return {least.x < worthReducing ? 1 : least.x, least.y < worthReducing ? 1 : least.y};
+}
+
+// The picture with as many pixels as the mapping can show.
+Raster reducedBy(const Factors& factors, const Raster& source, Task& task) {
+    constexpr std::int64_t catmullRom = 21;
+    const auto side = [](int length, double factor) {
+        return std::max(std::int64_t{1}, static_cast<std::int64_t>(std::ceil(length / factor)));
+    };
+    const std::vector<Value> values{side(source.width(), factors.x),
+                                    side(source.height(), factors.y), catmullRom};
+    return resizeOperation.run(source, Arguments(values), task);
+}
+
+// Where the picture comes to lie, and a little more; everything if it reaches to the horizon.
+Rect coveredPart(const Homography& forward, const Raster& picture) {
+    const double right = picture.width(), bottom = picture.height();
+    const double corners[][2] = {{-1, -1}, {right, -1}, {-1, bottom}, {right, bottom}};
+    double low[2] = {1e9, 1e9}, high[2] = {-1e9, -1e9};
+    int ahead = 0;
+    for (const auto& [x, y] : corners) {
+        const double depth = forward[6] * x + forward[7] * y + 1;
+        ahead += depth > 0 ? 1 : -1;
+        for (const std::size_t k : {0, 1}) {
+            const double at =
+                (forward[3 * k] * x + forward[3 * k + 1] * y + forward[3 * k + 2]) / depth;
+            low[k] = std::min(low[k], at);
+            high[k] = std::max(high[k], at);
+        }
+    }
+    if (std::abs(ahead) != 4) return picture.rect();
+    const auto whole = [](double value) { return static_cast<int>(std::clamp(value, -1e6, 1e6)); };
+    const int x0 = whole(low[0]) - 4, y0 = whole(low[1]) - 4;
+    const Rect part =
+        Rect{x0, y0, whole(high[0]) + 4 - x0, whole(high[1]) + 4 - y0}.intersected(picture.rect());
+    return part.isEmpty() ? Rect{0, 0, 1, 1} : part;
+}
+
 // What lies at `from` comes to lie at `to`. Places behind the horizon of the mapping show the
 // background, like places beyond the picture.
-Raster mapped(const Raster& source, const Quadrilateral& from, const Quadrilateral& to,
+Raster mapped(const Raster& picture, const Quadrilateral& from, const Quadrilateral& to,
               const char* name, Task& task) {
     const Homography m = homography(to, from, name);
     const double side = m[6] * to[0].x + m[7] * to[0].y + 1;
-    const WarpSettings settings{
-        .size = source.size(), .bordered = true, .background = {0, 0, 0, 0}};
+    const WarpSettings settings{.size = picture.size(),
+                                .bordered = true,
+                                .background = {0, 0, 0, 0},
+                                .active = coveredPart(homography(from, to, name), picture)};
+    const Factors factors = leastShrinking(m, to);
+    Raster source = picture;
+    if (factors.x > 1 || factors.y > 1) {
+        const Task::Stage reducing(task, 0, 0.3);
+        source = reducedBy(factors, picture, task);
+    }
+    const double scaleX = static_cast<double>(source.width()) / picture.width();
+    const double scaleY = static_cast<double>(source.height()) / picture.height();
+    const double shiftX = (scaleX - 1) / 2, shiftY = (scaleY - 1) / 2;
     return warped(source, settings, task, [=](int y, int x0, int count, float* toX, float* toY) {
         constexpr float nowhere = std::numeric_limits<float>::quiet_NaN();
         for (int i = 0; i < count; ++i) {
@@ -103,8 +173,10 @@ Raster mapped(const Raster& source, const Quadrilateral& from, const Quadrilater
             const double depth = m[6] * x + m[7] * y + 1;
             const double scale = 1 / depth;
             const bool ahead = depth * side > 0;
-            toX[i] = ahead ? static_cast<float>((m[0] * x + m[1] * y + m[2]) * scale) : nowhere;
-            toY[i] = ahead ? static_cast<float>((m[3] * x + m[4] * y + m[5]) * scale) : nowhere;
+            const double u = (m[0] * x + m[1] * y + m[2]) * scale * scaleX + shiftX;
+            const double v = (m[3] * x + m[4] * y + m[5]) * scale * scaleY + shiftY;
+            toX[i] = ahead ? static_cast<float>(u) : nowhere;
+            toY[i] = ahead ? static_cast<float>(v) : nowhere;
         }
     });
 }

@@ -49,10 +49,25 @@ struct Driver {
     WarpSampler sampler;
     View out;
 
-    // The rows outside the active part, and what lies beside it, are the source's.
-    void copyRest(int y) const {
-        if (active.width < out.width || y < active.y || y >= active.bottom())
+    // The rows outside the active part, and what lies beside it: the background, or the source's.
+    void fillRest(int y) const {
+        if (active.width == out.width && y >= active.y && y < active.bottom()) return;
+        if (!row.bordered) {
             std::memcpy(out.row(y), row.source.row(y), rowBytes(out.type, out.width));
+            return;
+        }
+        const bool beside = y >= active.y && y < active.bottom();
+        const int left = beside ? active.x : out.width;
+        fillBackground(y, 0, left);
+        if (beside) fillBackground(y, static_cast<int>(active.right()), out.width);
+    }
+    void fillBackground(int y, int from, int to) const {
+        const int channels = bytesPerPixel(out.type);
+        const Rgba& c = settings.background;
+        const std::uint8_t bytes[] = {c.r, channels == 2 ? c.a : c.g, c.b, c.a};
+        std::uint8_t* pixel = out.row(y) + std::ptrdiff_t{from} * channels;
+        for (int x = from; x < to; ++x, pixel += channels)
+            std::memcpy(pixel, bytes, static_cast<std::size_t>(channels));
     }
 
     void band(int y0, int y1) const {
@@ -60,7 +75,7 @@ struct Driver {
         std::vector<std::uint8_t> kinds(static_cast<std::size_t>(active.width));
         int filled = -1; // the row that `here` is for
         for (int y = y0; y < y1; ++y) {
-            copyRest(y);
+            fillRest(y);
             if (y < active.y || y >= active.bottom()) continue;
             if (filled != y) here.fill(map, y, active.x);
             below.fill(map, y + 1, active.x);

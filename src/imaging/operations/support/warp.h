@@ -26,8 +26,8 @@ struct WarpSettings {
     bool smooth = true;
     // Neighbours in the result are neighbours in the source. False switches the area means off.
     bool continuous = true;
-    // Where anything moves; the rest of the picture is copied. Empty: everywhere. Only for results
-    // of the source's size.
+    // Where anything moves; the rest of the picture is copied, or, where `bordered`, is background.
+    // Empty: everywhere. Copies are for results of the source's size only.
     Rect active = {};
 };
 

@@ -244,6 +244,7 @@ KVN_CLONES void classify(const WarpRow& row) {
     const auto bottom = static_cast<float>(row.source.height - 2);
     const float *x = row.x, *y = row.y, *belowX = row.belowX, *belowY = row.belowY;
     const int counts = row.continuous, borders = row.bordered, count = row.count;
+    const float spread = row.continuous ? 1.0f : 0.0f;
     std::uint8_t* __restrict kinds = row.kinds;
     for (int i = 0; i < count; ++i) {
         const float ax = x[i + 1] - x[i], ay = y[i + 1] - y[i];
@@ -251,10 +252,13 @@ KVN_CLONES void classify(const WarpRow& row) {
         const int small =
             ((ax * ax + ay * ay <= limit) & (dx * dx + dy * dy <= limit)) | (counts ^ 1);
         const int inside = (x[i] >= 1) & (y[i] >= 1) & (x[i] < right) & (y[i] < bottom);
-        // Where nothing shrinks, a pixel this far out cannot touch the picture.
-        const int outside = (x[i] < -2) | (y[i] < -2) | (x[i] > right + 3) | (y[i] > bottom + 3);
-        kinds[i] = static_cast<std::uint8_t>((small & inside) * plain |
-                                             (small & outside & borders) * farBeyond);
+        // A pixel this far out cannot touch the picture.
+        const float reachX = 2 + spread * (std::abs(ax) + std::abs(dx));
+        const float reachY = 2 + spread * (std::abs(ay) + std::abs(dy));
+        const int outside = (x[i] < -reachX) | (y[i] < -reachY) | (x[i] > right + 1 + reachX) |
+                            (y[i] > bottom + 1 + reachY);
+        kinds[i] =
+            static_cast<std::uint8_t>((small & inside) * plain | (outside & borders) * farBeyond);
     }
 }
 
