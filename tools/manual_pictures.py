@@ -20,20 +20,30 @@ OUT = os.path.join(ROOT, "docs", "manual", "pictures")
 LARGEST = 60_000  # bytes of a picture
 
 # Rows of the sheets: caption, item by its name, numbers typed into its window in their order.
-EFFECTS = [
-    ("Photograph", None), ("Dither, 8 Colors", "mnuEffectsDither(2)"),
-    ("Bevel Edge", "mnuEffects(12)"), ("Drop Shadow", "mnuEffectsDropShadow(2)"),
-    ("Crackle", "mnuEffects(13)"), ("Gauzy, Heavy", "mnuEffectsGauzy(4)"),
-    ("Motion Blur", "mnuEffects(18)", "30"), ("Scribble, Heavy", "mnuEffectsScribble(2)"),
-    ("Stipple, Glass", "mnuEffectsStipple(3)"),
-]
-FILTERS = [
-    ("Photograph", None), ("Blur, 300% (Gaussian)", "mnuFiltersBlurAction(8)"),
-    ("Unsharp Mask, Normal", "mnuFiltersUnsharpMaskAction(0)"), ("Emboss", "mnuFilters(6)"),
-    ("Negative, White", "mnuFiltersNegativeWhite"), ("Edge Detection", "mnuEdgeDetectionAction(3)"),
-    ("Mosaic", "mnuFilters(11)"), ("Halftone", "mnuFilters(36)"),
-    ("Charcoal", "mnuFiltersDemosCharcoal"),
-]
+SHEETS = {
+    "effects": [
+        ("Photograph", None), ("Dither, 8 Colors", "mnuEffectsDither(2)"),
+        ("Histogram Equalize", "mnuEffects(17)"), ("Bevel Edge", "mnuEffects(12)"),
+        ("Drop Shadow", "mnuEffectsDropShadow(2)"), ("Emboss Shape", "mnuEffects(24)"),
+    ],
+    "effects_painted": [
+        ("Crackle", "mnuEffects(13)"), ("Gauzy, Heavy", "mnuEffectsGauzy(4)"),
+        ("Motion Blur", "mnuEffects(18)", "30"), ("Scribble, Heavy", "mnuEffectsScribble(2)"),
+        ("Stipple, Noisy", "mnuEffectsStipple(2)"), ("Stipple, Glass", "mnuEffectsStipple(3)"),
+    ],
+    "filters": [
+        ("Photograph", None), ("Blur, 300% (Gaussian)", "mnuFiltersBlurAction(8)"),
+        ("Unsharp Mask, Normal", "mnuFiltersUnsharpMaskAction(0)"),
+        ("Negative, White", "mnuFiltersNegativeWhite"),
+        ("Edge Detection", "mnuEdgeDetectionAction(3)"), ("Emboss", "mnuFilters(6)"),
+    ],
+    "filters_patterns": [
+        ("Mosaic", "mnuFilters(11)"), ("Halftone", "mnuFilters(36)"),
+        ("Noise", "mnuFilters(31)", "1500"),
+        ("Oil Painting", "mnuFiltersCustomFilterOilPainting"),
+        ("Charcoal", "mnuFiltersDemosCharcoal"), ("Flaky Paint", "mnuFiltersDemosFlakyPaint"),
+    ],
+}
 
 
 def run(*command):
@@ -52,10 +62,10 @@ class Studio:
         self.lines = list(bus.menu_lines(os.path.join(ROOT, "tests/shell/menu_tree.txt")))
         self.album = os.path.join(folder, "Pictures")
         os.mkdir(self.album)
-        for photograph in photographs:
-            copy = os.path.join(self.album, os.path.basename(photograph).lower())
+        self.photographs = [os.path.join(self.album, os.path.basename(p).lower())
+                            for p in photographs]
+        for photograph, copy in zip(photographs, self.photographs):
             run("convert", photograph, "-resize", "560x", copy)
-        self.photographs = sorted(os.path.join(self.album, f) for f in os.listdir(self.album))
 
     def box(self, node):
         place = bus.Atspi.Component.get_extents(node, bus.Atspi.CoordType.SCREEN)
@@ -164,7 +174,7 @@ class Studio:
         parts = [part for row in rows for part in self.result(row)]
         path = os.path.join(self.folder, picture + ".png")
         run("montage", *parts, "-tile", "3x", "-geometry", "+3+3", "-pointsize", "12", path)
-        self.keep(picture, path, 128)
+        self.keep(picture, path)
 
 
 def take(program, photographs, folder):
@@ -181,6 +191,7 @@ def take(program, photographs, folder):
         studio.window(item, picture)
     studio.press("mnuFlip(0)")
     time.sleep(0.5)
+    studio.window("mnuClose", "ask")
     studio.menu("mnumEdit", "mnuUndo", "edit_menu", height)
     studio.menu("mnumImages", "mnuImages(2)", "image_type", 330)
     studio.press("mnuZoomWindow")
@@ -200,8 +211,8 @@ def take(program, photographs, folder):
     studio.press("mnuClose")
     time.sleep(0.5)
     studio.close()
-    studio.sheet("effects", EFFECTS)
-    studio.sheet("filters", FILTERS)
+    for picture, rows in SHEETS.items():
+        studio.sheet(picture, rows)
     studio.program.process.terminate()
 
 
