@@ -10,6 +10,7 @@
 #include "bench/photo.h"
 #include "imaging/byte_io.h"
 #include "imaging/codecs/codec.h"
+#include "tests/imaging/support/metafile_maker.h"
 
 namespace {
 
@@ -48,6 +49,27 @@ void ourWrite(benchmark::State& state, FileType type, int compression) {
     for (auto _ : state)
         size = encoded(type, {.tiffCompression = compression}).size();
     state.counters["bytes"] = static_cast<double>(size);
+}
+
+// A chart on a screen of 1200 x 900: grid, two thousand lines of curves, filled figures, labels.
+std::vector<std::uint8_t> chart() {
+    kvn::test::EmfMaker emf;
+    for (int i = 0; i < 40; ++i)
+        emf.add(27, {0, i * 22}).add(54, {1200, i * 22}).text(5, i * 22, "Label of a line");
+    emf.pen(1, 0, 2, 0xc02020).brush(2, 0x40c080);
+    for (int i = 0; i < 2000; ++i)
+        emf.add(27, {i * 37 % 1200, i * 17 % 900}).add(54, {i * 53 % 1200, i * 29 % 900});
+    for (int i = 0; i < 200; ++i)
+        emf.add(42, {i * 37 % 1100, i * 17 % 800, i * 37 % 1100 + 60, i * 17 % 800 + 40});
+    return emf.file(1200, 900);
+}
+
+void drawingRead(benchmark::State& state) {
+    const auto bytes = chart();
+    for (auto _ : state) {
+        Task task;
+        benchmark::DoNotOptimize(codecForType(FileType::Emf)->read(bytes, {}, task));
+    }
 }
 
 // --- the libraries alone -----------------------------------------------------------------------
@@ -210,6 +232,9 @@ BENCHMARK_CAPTURE(ourRead, tiff_lzw, FileType::Tiff, lzw) KVN_TIMED;
 BENCHMARK_CAPTURE(bareTiffRead, lzw, lzw) KVN_TIMED;
 BENCHMARK_CAPTURE(ourRead, tiff_deflate, FileType::Tiff, deflate) KVN_TIMED;
 BENCHMARK_CAPTURE(bareTiffRead, deflate, deflate) KVN_TIMED;
+BENCHMARK_CAPTURE(ourRead, emf, FileType::Emf, none) KVN_TIMED;
+BENCHMARK_CAPTURE(ourWrite, emf, FileType::Emf, none) KVN_TIMED;
+BENCHMARK(drawingRead) KVN_TIMED;
 BENCHMARK_CAPTURE(ourWrite, tiff, FileType::Tiff, none) KVN_TIMED;
 BENCHMARK_CAPTURE(bareTiffWrite, none, COMPRESSION_NONE) KVN_TIMED;
 BENCHMARK_CAPTURE(ourWrite, tiff_lzw, FileType::Tiff, lzw) KVN_TIMED;

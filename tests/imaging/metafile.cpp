@@ -1,7 +1,7 @@
 // WMF and EMF: records drawn, held against the pixels that they must give; sizes, resolutions,
 // recognition, and files that ask for too much.
 #include <QtTest>
-#include <functional>
+#include <ctime>
 
 #include "imaging/codec_pages.h"
 #include "imaging/codecs/all.h"
@@ -469,11 +469,12 @@ void MetafileTest::unreasonable() {
                            .placeable(32767, 32767, 1);
     for (const Bytes& file :
          {large.placeable(30000, 30000, 100), dashes.file(900, 900), deep.file(40, 30), huge}) {
-        QElapsedTimer timer;
-        timer.start();
+        // Processor time: the machine may be busy with other things.
+        const std::clock_t start = std::clock();
         const Picture picture = reread(*codecForContent(file, ""), file, limits);
+        const double seconds = double(std::clock() - start) / CLOCKS_PER_SEC;
         QVERIFY(picture.pages.front().raster.byteSize() <= limits.pixelBytes);
-        QVERIFY2(timer.elapsed() < 4000, qPrintable(QString::number(timer.elapsed())));
+        QVERIFY2(seconds < 8, qPrintable(QString::number(seconds))); // a sanitizer takes four times
     }
     for (const Bytes& file : {drawnWmf(), drawnEmf()})
         readDamaged(*codecForContent(file, ""), file, 7);

@@ -64,17 +64,20 @@ void Clip::add(Outline outline, FillRule rule, Combine how) {
 
 namespace {
 
-std::uint8_t combined(Combine how, std::uint8_t open, std::uint8_t shape) {
-    const std::uint8_t both = mul255(open, shape);
+void combineRow(Combine how, std::uint8_t* open, const std::vector<std::uint8_t>& shape) {
+    const auto each = [&](auto&& merged) {
+        for (std::size_t x = 0; x < shape.size(); ++x)
+            open[x] = static_cast<std::uint8_t>(merged(open[x], shape[x]));
+    };
     switch (how) {
     case Combine::Or:
-        return static_cast<std::uint8_t>(open + shape - both);
+        return each([](int p, int q) { return p + q - mul255(p, q); });
     case Combine::Xor:
-        return static_cast<std::uint8_t>(std::max(0, open + shape - 2 * both));
+        return each([](int p, int q) { return std::max(0, p + q - 2 * mul255(p, q)); });
     case Combine::Without:
-        return static_cast<std::uint8_t>(open - both);
+        return each([](int p, int q) { return p - mul255(p, q); });
     default:
-        return both;
+        return each([](int p, int q) { return mul255(p, q); });
     }
 }
 
@@ -83,15 +86,13 @@ void addShape(Mask& mask, const Clip::Shape& shape) {
     std::vector<std::uint8_t> row(width);
     int done = mask.area.y;
     // A row where the shape is not counts as uncovered.
-    const auto combineRow = [&](int y) {
-        std::uint8_t* open = &mask.values[static_cast<std::size_t>(y - mask.area.y) * width];
-        for (std::size_t x = 0; x < width; ++x)
-            open[x] = combined(shape.how, open[x], row[x]);
+    const auto combine = [&](int y) {
+        combineRow(shape.how, &mask.values[static_cast<std::size_t>(y - mask.area.y) * width], row);
     };
     const auto skipTo = [&](int y) {
         std::ranges::fill(row, 0);
         for (; done < y; ++done)
-            if (shape.how == Combine::And) combineRow(done);
+            if (shape.how == Combine::And) combine(done);
     };
     ScanConverter scan(mask.area);
     scan.add(shape.outline);
@@ -99,7 +100,7 @@ void addShape(Mask& mask, const Clip::Shape& shape) {
         skipTo(y);
         for (const Span& span : spans)
             std::fill_n(row.begin() + (span.x - mask.area.x), span.length, span.coverage);
-        combineRow(y);
+        combine(y);
         done = y + 1;
     });
     skipTo(static_cast<int>(mask.area.bottom()));

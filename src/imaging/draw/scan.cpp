@@ -21,6 +21,11 @@ int coverageOf(std::int64_t area, FillRule rule) {
     return static_cast<int>((value * 255 + full / 2) / full);
 }
 
+// To the nearest whole number; what is below -0.5 becomes some number below 1.
+int rounded(double value) {
+    return static_cast<int>(value + 0.5);
+}
+
 bool isNumber(PointD p) {
     return std::isfinite(p.x) && std::isfinite(p.y);
 }
@@ -132,8 +137,7 @@ void ScanConverter::accumulate(const Edge& edge, int row) {
     if (ya >= yb) return;
     const int right = clip_.width * one;
     const auto x = [&](int y) {
-        return std::clamp(static_cast<int>(std::lround(edge.x0 + (y - edge.y0) * edge.slope)), 0,
-                          right);
+        return std::clamp(rounded(edge.x0 + (y - edge.y0) * edge.slope), 0, right);
     };
     addSlice(x(ya), ya, x(yb), yb, edge.direction);
 }
@@ -148,7 +152,7 @@ void ScanConverter::addSlice(int xa, int ya, int xb, int yb, int direction) {
     int x = xa, y = ya;
     for (; cell != last; cell += step) {
         const int border = (step > 0 ? cell + 1 : cell) * one;
-        const int yBorder = ya + static_cast<int>(std::lround((border - xa) * rise));
+        const int yBorder = ya + rounded((border - xa) * rise);
         addCell(cell, (yBorder - y) * direction, x + border - 2 * cell * one);
         x = border;
         y = yBorder;

@@ -17,7 +17,7 @@ double arcStep(const StrokeStyle& style, const Affine& pen) {
     return 2 * std::acos(1 - 0.04 / radius);
 }
 
-constexpr int mostArcParts = 128;
+constexpr int mostArcParts = 128, mostDashes = 200'000;
 
 // The pieces of line that a pen draws, in the pen's space.
 class Stroker {
@@ -241,7 +241,7 @@ void strokeOutline(const Outline& outline, const StrokeStyle& style, const Affin
             double(visible.bottom())};
     box.grow(std::min(reach, 1e6) + 2);
     const std::vector<double> dashes = usableDashes(style, pen.scale());
-    int dashesLeft = 1'000'000;
+    int dashesLeft = mostDashes;
     const Stroker stroker(style, pen, sink);
     for (const Polyline& line : outline) {
         if (line.points.empty()) continue;
@@ -258,13 +258,22 @@ void strokeOutline(const Outline& outline, const StrokeStyle& style, const Affin
     }
 }
 
-double strokeCost(const Outline& outline, const StrokeStyle& style, const Affine& pen) {
+double strokeCost(const Outline& outline, const StrokeStyle& style, const Affine& pen,
+                  const Rect& visible) {
     const bool round = style.join == LineJoin::Round || style.cap == LineCap::Round;
     const double arc = round ? std::min(3.2 / arcStep(style, pen), double(mostArcParts)) : 0;
-    double points = 0;
-    for (const Polyline& line : outline)
-        points += static_cast<double>(line.points.size());
-    return points * (8 + arc);
+    const std::vector<double> dashes = usableDashes(style, pen.scale());
+    double period = 0, pieces = 0;
+    for (const double dash : dashes)
+        period += dash * pen.scale();
+    const double longest = std::hypot(visible.width, visible.height);
+    for (const Polyline& line : outline) {
+        pieces += static_cast<double>(line.points.size());
+        for (std::size_t i = 1; period > 0 && i < line.points.size(); ++i)
+            pieces += std::min(length(line.points[i] - line.points[i - 1]), longest) / period *
+                      static_cast<double>(dashes.size() / 2);
+    }
+    return pieces * (8 + arc);
 }
 
 } // namespace kvn::imaging::draw

@@ -26,13 +26,14 @@ struct StrokeStyle {
 // The pen is round in its own space, which `pen` maps to pixels (its translation is not used), so
 // that it becomes an ellipse where the axes have different scales. Lines are cut near `visible`,
 // so that what lies far outside costs nothing; dashes keep their phase. Dashes of less than half
-// a pixel, and those beyond a million, become whole lines. A figure of a single point gives a dot
+// a pixel, and those beyond 200,000, become whole lines. A figure of a single point gives a dot
 // where the caps make one. Nothing comes if the pen's space is flat.
 using PolygonSink = std::function<void(std::span<const PointD>)>;
 void strokeOutline(const Outline& outline, const StrokeStyle& style, const Affine& pen,
                    const Rect& visible, const PolygonSink& sink);
 
-// The number of polygon points that this makes at most, but for dashes.
-double strokeCost(const Outline& outline, const StrokeStyle& style, const Affine& pen);
+// The number of polygon points that this makes, at most and roughly.
+double strokeCost(const Outline& outline, const StrokeStyle& style, const Affine& pen,
+                  const Rect& visible);
 
 } // namespace kvn::imaging::draw

@@ -15,7 +15,9 @@ constexpr double perCrossing = 12, perPoint = 20, perSolidPixel = 1.5, perPainte
                  perMaskPixel = 3;
 
 std::uint8_t mixed(int present, int fresh, int coverage) {
-    return static_cast<std::uint8_t>((present * (255 - coverage) + fresh * coverage + 127) / 255);
+    // Divided by 255 and rounded, exactly.
+    const int sum = present * (255 - coverage) + fresh * coverage + 128;
+    return static_cast<std::uint8_t>((sum + (sum >> 8)) >> 8);
 }
 
 std::uint32_t packed(const std::uint8_t* p) {
@@ -30,19 +32,29 @@ std::uint32_t combined(unsigned code, std::uint32_t p, std::uint32_t s, std::uin
     return result;
 }
 
-void blendSolid(std::uint8_t* to, int count, const std::uint8_t* coverage, Rgba color) {
+void mix(std::uint8_t* to, Rgba color, int coverage) {
+    to[0] = mixed(to[0], color.r, coverage);
+    to[1] = mixed(to[1], color.g, coverage);
+    to[2] = mixed(to[2], color.b, coverage);
+}
+
+// One colour, covered alike.
+void blendRun(std::uint8_t* to, int count, int coverage, Rgba color) {
+    const int c = mul255(coverage, color.a);
     for (int i = 0; i < count; ++i, to += 3) {
-        const int c = color.a == 255 ? coverage[i] : mul255(coverage[i], color.a);
         if (c == 255) {
             to[0] = color.r;
             to[1] = color.g;
             to[2] = color.b;
-        } else if (c != 0) {
-            to[0] = mixed(to[0], color.r, c);
-            to[1] = mixed(to[1], color.g, c);
-            to[2] = mixed(to[2], color.b, c);
+        } else {
+            mix(to, color, c);
         }
     }
+}
+
+void blendSolid(std::uint8_t* to, int count, const std::uint8_t* coverage, Rgba color) {
+    for (int i = 0; i < count; ++i, to += 3)
+        mix(to, color, mul255(coverage[i], color.a));
 }
 
 } // namespace
@@ -70,7 +82,7 @@ void Surface::stroke(const Outline& outline, const StrokeStyle& style, const Aff
     box.grow(style.width * std::max(1.0, style.miterLimit) *
              (std::abs(pen.xx) + std::abs(pen.xy) + std::abs(pen.yx) + std::abs(pen.yy)));
     const Rect part = pixelsAround(box, clip.bounds().intersected(rect()));
-    if (part.isEmpty() || !effort_.spend(perPoint * strokeCost(outline, style, pen))) return;
+    if (part.isEmpty() || !effort_.spend(perPoint * strokeCost(outline, style, pen, part))) return;
     ScanConverter scan(part);
     strokeOutline(outline, style, pen, part,
                   [&scan](std::span<const PointD> polygon) { scan.add(polygon); });
@@ -80,12 +92,20 @@ void Surface::stroke(const Outline& outline, const StrokeStyle& style, const Aff
 void Surface::sweep(ScanConverter& scan, FillRule rule, const Ink& ink, const Clip& clip) {
     if (!effort_.spend(perCrossing * static_cast<double>(scan.crossings()))) return;
     const Mask* mask = maskFor(clip);
-    const bool plain = ink.code == Ink::patternAlone && ink.pattern->solid();
-    const double perPixel = plain ? perSolidPixel : perPaintedPixel;
+    std::optional<Rgba> color;
+    if (ink.code == Ink::patternAlone) color = ink.pattern->solid();
+    const double perPixel = color ? perSolidPixel : perPaintedPixel;
     scan.sweep(rule, [&](int y, std::span<const Span> spans) {
         if (effort_.isSpent()) return;
-        paintRow(y, spans, ink, mask);
-        effort_.spend(perPixel * (spans.back().x + spans.back().length - spans.front().x));
+        int pixels = 0;
+        for (const Span& span : spans) {
+            pixels += span.length;
+            if (color && !mask)
+                blendRun(at(span.x, y), span.length, span.coverage, *color);
+            else
+                paintSpan(y, span, ink, mask);
+        }
+        effort_.spend(perPixel * pixels);
     });
 }
 
@@ -93,35 +113,38 @@ void Surface::sweep(ScanConverter& scan, FillRule rule, const Ink& ink, const Cl
 const Mask* Surface::maskFor(const Clip& clip) {
     if (clip.isRectangle()) return nullptr;
     if (maskedClip_.sameAs(clip)) return &mask_;
+    const Rect& part = clip.bounds();
     double cost = 0;
     for (const auto& shape : clip.shapes()) {
-        cost += perMaskPixel * clip.bounds().width * clip.bounds().height;
+        cost += perMaskPixel * part.width * part.height;
         for (const Polyline& line : shape->outline)
-            cost += perCrossing * static_cast<double>(line.points.size()) * 4;
+            for (std::size_t i = 1; i < line.points.size(); ++i) {
+                const PointD step = line.points[i] - line.points[i - 1];
+                cost += perCrossing * (1 + std::min(std::abs(step.x), double(part.width)) +
+                                       std::min(std::abs(step.y), double(part.height)));
+            }
     }
     mask_ = effort_.spend(cost) ? maskOf(clip) : Mask{};
     maskedClip_ = clip;
     return &mask_;
 }
 
-void Surface::paintRow(int y, std::span<const Span> spans, const Ink& ink, const Mask* mask) {
-    for (const Span& span : spans) {
-        const auto size = static_cast<std::size_t>(span.length);
-        std::fill_n(coverageRow_.begin(), size, span.coverage);
-        if (mask) {
-            if (mask->values.empty()) return;
-            const std::uint8_t* open = mask->row(y) + (span.x - mask->area.x);
-            for (std::size_t i = 0; i < size; ++i)
-                coverageRow_[i] = mul255(coverageRow_[i], open[i]);
-        }
-        for (int done = 0; done < span.length; done += chunk)
-            blend(span.x + done, y, std::min(chunk, span.length - done),
-                  &coverageRow_[std::size_t(done)], ink);
+void Surface::paintSpan(int y, const Span& span, const Ink& ink, const Mask* mask) {
+    const auto size = static_cast<std::size_t>(span.length);
+    std::fill_n(coverageRow_.begin(), size, span.coverage);
+    if (mask) {
+        if (mask->values.empty()) return;
+        const std::uint8_t* open = mask->row(y) + (span.x - mask->area.x);
+        for (std::size_t i = 0; i < size; ++i)
+            coverageRow_[i] = mul255(coverageRow_[i], open[i]);
     }
+    for (int done = 0; done < span.length; done += chunk)
+        blend(span.x + done, y, std::min(chunk, span.length - done),
+              &coverageRow_[std::size_t(done)], ink);
 }
 
 void Surface::blend(int x, int y, int count, const std::uint8_t* coverage, const Ink& ink) {
-    std::uint8_t* to = view_.row(y) + std::ptrdiff_t{x} * 3;
+    std::uint8_t* to = at(x, y);
     if (ink.code == Ink::patternAlone)
         if (const auto color = ink.pattern->solid()) return blendSolid(to, count, coverage, *color);
     const bool pattern = ink.usesPattern(), source = ink.usesSource();

@@ -39,7 +39,8 @@ class Surface {
   private:
     void sweep(ScanConverter& scan, FillRule rule, const Ink& ink, const Clip& clip);
     const Mask* maskFor(const Clip& clip);
-    void paintRow(int y, std::span<const Span> spans, const Ink& ink, const Mask* mask);
+    std::uint8_t* at(int x, int y) const { return view_.row(y) + std::ptrdiff_t{x} * 3; }
+    void paintSpan(int y, const Span& span, const Ink& ink, const Mask* mask);
     void blend(int x, int y, int count, const std::uint8_t* coverage, const Ink& ink);
 
     View view_;

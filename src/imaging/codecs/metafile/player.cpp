@@ -19,7 +19,7 @@ constexpr int longestSide = 32767;
 // What the file may ask for: less than two seconds, and more for large files. Drawing the whole
 // picture some times over is a usual thing.
 draw::Effort effortFor(const Source& source, const Rect& canvas) {
-    constexpr double least = 0.15e9, perPixel = 60, most = 1.2e9, perByte = 5000;
+    constexpr double least = 0.15e9, perPixel = 60, most = 1.2e9, perByte = 500;
     return draw::Effort(std::min(most, least + perPixel * canvas.width * canvas.height) +
                         perByte * static_cast<double>(source.file.size()));
 }
