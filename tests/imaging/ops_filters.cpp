@@ -76,6 +76,7 @@ class FiltersTest : public QObject {
     void detailIsWhatTheBlurLacks();
     void tablesLieAsTheyAreRead();
     void matrixWorksAgainstThePicture();
+    void matrixDrawsLines();
     void edgesAreGradients();
     void despeckleSparesLines();
     void vibrationSwings();
@@ -355,14 +356,20 @@ void FiltersTest::tablesLieAsTheyAreRead() {
         high{5, 3, {1, 0, 0, 0, 0, 0, 0, 2, 0, 0, 0, 0, 0, 0, 3}};
     const Matrix flat{2, 3, {1, 0, 0, 0, 0, 2}}, relief{3, 3, {3, 2, 1, 2, 0, -2, 1, -2, -5}};
     const auto check = [&](const Raster& picture, const Raster& seen) {
-        for (const auto& [matrix, divisor, bias] :
-             {std::tuple{smooth, 36.0, 0}, {high, -3.0, 300}, {flat, 3.0, -20}, {relief, 4.0, 9}}) {
+        for (const auto& [matrix, divisor, bias] : {std::tuple{smooth, 36.0, 0},
+                                                    {high, -3.0, 300},
+                                                    {flat, 3.0, -20},
+                                                    {relief, 4.0, 9},
+                                                    {relief, 4.0, 0}}) {
             const Raster result =
                 runOne("Effects.ApplyFilter", picture, {matrix, divisor, whole(bias)});
             const auto expected = [&](int x, int y, int c) {
                 const double own = channelAt(seen, x, y, c);
                 const double sum = correlated(seen, matrix, x, y, c) / divisor + bias;
-                return c == 3 ? own : clamped(matrix == relief ? own + sum : sum);
+                if (c == 3 || !(matrix == relief) || bias != 0) return c == 3 ? own : clamped(sum);
+                // Half of its coefficients' sizes is 9.
+                const double over = 8 * std::max(0.0, std::abs(sum) - 3 * 9 / divisor);
+                return clamped(own + std::copysign(over / (1 + over / 70), sum));
             };
             QCOMPARE_LE(largestDifference(result, expected), 0.51);
         }
@@ -395,6 +402,20 @@ void FiltersTest::matrixWorksAgainstThePicture() {
                 };
                 QCOMPARE_LE(largestDifference(result, expected), 0.51);
             }
+    });
+}
+
+// A matrix of differences: bright lines whichever side is the brighter one, on the bias.
+void FiltersTest::matrixDrawsLines() {
+    const Matrix matrix{3, 3, {-0.5, 0, -0.5, 0, 2, 0, -0.5, 0, -0.5}};
+    onEveryPicture([&](const Raster& picture, const Raster& seen) {
+        const Raster result =
+            runOne("Effects.ApplyMatrix", picture, {matrix, 50.0, whole(7), false, false});
+        const auto expected = [&](int x, int y, int c) {
+            const double line = 24 * std::abs(correlated(seen, matrix, x, y, c)) / 50;
+            return c == 3 ? double(channelAt(seen, x, y, c)) : clamped(7 + line / (1 + line / 340));
+        };
+        QCOMPARE_LE(largestDifference(result, expected), 0.51);
     });
 }
 

@@ -90,7 +90,8 @@ inline Words sampleInside(const ConstView& view, const Weights* table, std::int6
            pairAt<channels>(upper + view.stride) * weights.lower;
 }
 
-// The same for places anywhere. The last row has none below it.
+// The same for places anywhere. The last row has none below it; a pixel beyond the row counts
+// nothing.
 template <int channels>
 Words sampleAnywhere(const ConstView& view, const Weights* table, const Walk& walk) {
     const auto x = std::clamp<std::int64_t>(walk.x, 0, std::int64_t{view.width - 1} << 16);

@@ -10,6 +10,7 @@
 #include "imaging/operations/filters/convolve_kernels.h"
 #include "imaging/operations/filters/gauss_kernels.h"
 #include "imaging/operations/filters/window_rows.h"
+#include "imaging/operations/support/simd.h"
 
 namespace kvn::imaging {
 namespace {
@@ -39,17 +40,29 @@ constexpr Argument applyFilterArguments[] = {
     {"bias", ArgumentKind::Integer, -255, 255, "", "added to the quotient"},
 };
 
-// One row of sums plus the bias, in memory of its own.
+// Entries of a row that are finished before the next ones are begun: they stay in the fastest
+// cache. A multiple of every number of channels.
+constexpr std::size_t piece = 960;
+
 struct Correlation {
     std::vector<float> coefficients;
     float bias;
-    std::vector<float> sums{};
+    std::vector<const std::uint8_t*> shifted{};
 
-    const float* row(const std::uint8_t* const* rows, const ConstView& view) {
-        sums.resize(rowBytes(view.type, view.width));
-        correlate(rows, coefficients.data(), static_cast<int>(coefficients.size() / 3),
-                  bytesPerPixel(view.type), sums.data(), sums.size());
-        return sums.data();
+    // Calls `finish(begin, sums, count)` for the sums of a row, piece by piece.
+    template <class Finish>
+    void row(const std::uint8_t* const* rows, const ConstView& view, const Finish& finish) {
+        const std::size_t height = coefficients.size() / 3, all = rowBytes(view.type, view.width);
+        float sums[piece];
+        shifted.resize(height);
+        for (std::size_t begin = 0; begin < all; begin += piece) {
+            const std::size_t count = std::min(piece, all - begin);
+            for (std::size_t k = 0; k < height; ++k)
+                shifted[k] = rows[k] + begin;
+            correlate(shifted.data(), coefficients.data(), static_cast<int>(height),
+                      bytesPerPixel(view.type), sums, count);
+            finish(begin, sums, count);
+        }
     }
 };
 
@@ -64,27 +77,62 @@ Raster correlated(const Raster& source, const Matrix& matrix, Correlation correl
         source, {matrix.rows / 2, matrix.rows - 1 - matrix.rows / 2, 1}, true, task,
         [work = std::move(correlation)](const std::uint8_t* const* rows, std::uint8_t* out,
                                         const ConstView& view) mutable {
-            const float* sums = work.row(rows, view);
-            addBias(sums, work.bias, out, work.sums.size());
+            work.row(rows, view, [&](std::size_t begin, const float* sums, std::size_t count) {
+                addBias(sums, work.bias, out + begin, count);
+            });
         });
 }
 
-bool measuresDifferences(const Matrix& matrix) {
+// Half the size of the coefficients of a table whose sum is 0; 0 for any other table. Such a table
+// measures differences: its sum over this number is how far the values on its one side lie above
+// those on its other one.
+double weightOfSides(const Matrix& matrix) {
     double sum = 0, size = 0;
     for (const double value : matrix.values) {
         sum += value;
         size += std::abs(value);
     }
-    return size > 0 && std::abs(sum) <= size * 1e-9;
+    return std::abs(sum) <= size * 1e-9 ? size / 2 : 0;
+}
+
+constexpr float reliefGain = 8;
+constexpr float grain = 3;           // levels; smaller differences are noise
+constexpr float steepestRelief = 70; // levels that a relief never adds
+
+// out[i] = pixels[i] + the relief of sums[i]: smaller by the grain, then bent towards the limit.
+KVN_CLONES void addRelief(const float* __restrict sums, float flat,
+                          const std::uint8_t* __restrict pixels, std::uint8_t* __restrict out,
+                          std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) {
+        const float size = sums[i] < 0 ? -sums[i] : sums[i];
+        float over = (size - flat) * reliefGain;
+        over = over > 0 ? over : 0;
+        const float bent = over / (1 + over * (1 / steepestRelief));
+        const float value = static_cast<float>(pixels[i]) + (sums[i] < 0 ? -bent : bent);
+        const float low = value > 0 ? value : 0;
+        out[i] = static_cast<std::uint8_t>(static_cast<int>((low < 255 ? low : 255) + 0.5f));
+    }
 }
 
 Raster applyFilter(const Raster& source, const Arguments& arguments, Task& task) {
     const Matrix& matrix = arguments.matrix(0);
     checkSize("Effects.ApplyFilter", matrix, mostRows);
     Correlation correlation = correlationOf(arguments);
-    const auto middle = static_cast<std::size_t>(matrix.rows / 2) * 3 + 1;
-    if (measuresDifferences(matrix)) correlation.coefficients[middle] += 1;
-    return correlated(source, matrix, std::move(correlation), task);
+    const double weight = weightOfSides(matrix), divisor = arguments.number(1);
+    if (weight == 0 || arguments.integer(2) != 0)
+        return correlated(source, matrix, std::move(correlation), task);
+    const auto flat =
+        static_cast<float>(std::min(1e9, grain * weight / std::abs(divisor == 0 ? 1 : divisor)));
+    const auto middle = static_cast<std::size_t>(matrix.rows / 2);
+    return throughWindow(
+        source, {matrix.rows / 2, matrix.rows - 1 - matrix.rows / 2, 1}, true, task,
+        [=, work = std::move(correlation)](const std::uint8_t* const* rows, std::uint8_t* out,
+                                           const ConstView& view) mutable {
+            const std::uint8_t* own = rows[middle] + bytesPerPixel(view.type);
+            work.row(rows, view, [&](std::size_t begin, const float* sums, std::size_t count) {
+                addRelief(sums, flat, own + begin, out + begin, count);
+            });
+        });
 }
 
 constexpr Argument applyMatrixArguments[] = {
@@ -100,31 +148,79 @@ struct Combination {
     float base, own, factor;
 };
 
-std::uint8_t level(float value) {
-    return static_cast<std::uint8_t>(std::clamp(value, 0.0f, 255.0f) + 0.5f);
+// The same for every entry of a piece.
+struct Combinations {
+    std::vector<float> base, own, factor;
+
+    Combinations(const Combination* channels, std::size_t count)
+        : base(piece), own(piece), factor(piece) {
+        for (std::size_t i = 0; i < piece; ++i) {
+            const Combination& k = channels[i % count];
+            base[i] = k.base;
+            own[i] = k.own;
+            factor[i] = k.factor;
+        }
+    }
+};
+
+KVN_CLONES void combine(const float* __restrict base, const float* __restrict own,
+                        const float* __restrict factor, const float* __restrict sums, float bias,
+                        const std::uint8_t* __restrict pixels, std::uint8_t* __restrict out,
+                        std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) {
+        const float value =
+            base[i] + own[i] * static_cast<float>(pixels[i]) + factor[i] * (sums[i] + bias);
+        const float low = value > 0 ? value : 0;
+        out[i] = static_cast<std::uint8_t>(static_cast<int>((low < 255 ? low : 255) + 0.5f));
+    }
+}
+
+constexpr float lineGain = 24;   // faint lines
+constexpr float lineLimit = 340; // bright ones are bent towards it
+
+// out[i] = bias + the brightness of a line that is sums[i] strong.
+KVN_CLONES void drawLines(const float* __restrict sums, float bias, std::uint8_t* __restrict out,
+                          std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) {
+        const float line = (sums[i] < 0 ? -sums[i] : sums[i]) * lineGain;
+        const float value = line / (1 + line * (1 / lineLimit)) + bias;
+        const float low = value > 0 ? value : 0;
+        out[i] = static_cast<std::uint8_t>(static_cast<int>((low < 255 ? low : 255) + 0.5f));
+    }
+}
+
+Raster lines(const Raster& picture, const Arguments& arguments, Task& task) {
+    return throughWindow(
+        picture, {1, 1, 1}, true, task,
+        [work = correlationOf(arguments)](const std::uint8_t* const* rows, std::uint8_t* out,
+                                          const ConstView& view) mutable {
+            work.row(rows, view, [&](std::size_t begin, const float* sums, std::size_t count) {
+                drawLines(sums, work.bias, out + begin, count);
+            });
+        });
 }
 
 Raster applyMatrix(const Raster& picture, const Arguments& arguments, Task& task) {
     checkSize("Effects.ApplyMatrix", arguments.matrix(0), 3);
     const bool difference = arguments.boolean(3), opposed = arguments.boolean(4);
-    if (!difference && !opposed)
+    if (!difference && !opposed) {
+        if (weightOfSides(arguments.matrix(0)) > 0) return lines(picture, arguments, task);
         return correlated(picture, arguments.matrix(0), correlationOf(arguments), task);
+    }
     const Combination plain = difference ? Combination{0, 1, -1} : Combination{0, 0, 1};
     const Combination green = difference ? Combination{0, 1, 1} : Combination{255, 0, -1};
     const Combination channels[] = {plain, opposed ? green : plain, plain, plain};
+    const Raster source = opposed ? promotedToColor(picture, task) : promoted(picture, task);
+    const Combinations parts(channels, static_cast<std::size_t>(bytesPerPixel(source.type())));
     return throughWindow(
-        opposed ? promotedToColor(picture, task) : picture, {1, 1, 1}, true, task,
-        [&channels, work = correlationOf(arguments)](
+        source, {1, 1, 1}, true, task,
+        [&parts, work = correlationOf(arguments)](
             const std::uint8_t* const* rows, std::uint8_t* out, const ConstView& view) mutable {
-            const float* sums = work.row(rows, view);
-            const auto count = static_cast<std::size_t>(bytesPerPixel(view.type));
-            const std::uint8_t* own = rows[1] + count;
-            for (std::size_t i = 0; i < work.sums.size(); i += count)
-                for (std::size_t c = 0; c < count; ++c) {
-                    const Combination& k = channels[c];
-                    out[i + c] = level(k.base + k.own * static_cast<float>(own[i + c]) +
-                                       k.factor * (sums[i + c] + work.bias));
-                }
+            const std::uint8_t* own = rows[1] + bytesPerPixel(view.type);
+            work.row(rows, view, [&](std::size_t begin, const float* sums, std::size_t count) {
+                combine(parts.base.data(), parts.own.data(), parts.factor.data(), sums, work.bias,
+                        own + begin, out + begin, count);
+            });
         });
 }
 
