@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "imaging/task.h"
+#include "imaging/view/halve_rgb.h"
 #include "imaging/view/vectors.h"
 
 namespace kvn::imaging {
@@ -55,39 +56,6 @@ KVN_VECTORS void halveRgba(const std::uint8_t* upper, const std::uint8_t* lower,
         const std::uint32_t mean = meanOfFour(load(upper + 8 * i), load(upper + 8 * i + 4),
                                               load(lower + 8 * i), load(lower + 8 * i + 4), biases);
         std::memcpy(out + 4 * i, &mean, 4);
-    }
-}
-
-KVN_VECTORS void addRows(const std::uint8_t* upper, const std::uint8_t* lower, int count,
-                         std::uint16_t* out) {
-    for (std::ptrdiff_t i = 0; i < count; ++i)
-        out[i] = static_cast<std::uint16_t>(upper[i] + lower[i]);
-}
-
-// In pieces whose sums of two rows stay in the nearest cache. A result is stored as four bytes;
-// the next one overwrites what is too much, and the last one is stored alone.
-KVN_VECTORS void meanOfNeighbours(const std::uint16_t* columns, int count, int bias,
-                                  std::uint8_t* out) {
-    for (std::ptrdiff_t i = 0; i < count; ++i) {
-        const Four sum = loadFour(columns + 6 * i) + loadFour(columns + 6 * i + 3);
-        const std::uint32_t bytes = packFour((sum + static_cast<std::uint32_t>(bias)) >> 2);
-        std::memcpy(out + 3 * i, &bytes, i + 1 < count ? 4 : 3);
-    }
-}
-
-// In pieces whose sums of two rows stay in the nearest cache. A result is stored as four bytes;
-// the next one overwrites what is too much, and the last one is stored alone.
-void halveRgb(const std::uint8_t* upper, const std::uint8_t* lower, int count, int bias,
-              std::uint8_t* out) {
-    constexpr int piece = 512;
-    std::uint16_t columns[6 * piece + 2] = {};
-    for (; count > 0; count -= piece) {
-        const int now = std::min(count, piece);
-        addRows(upper, lower, 6 * now, columns);
-        meanOfNeighbours(columns, now, bias, out);
-        upper += 6 * piece;
-        lower += 6 * piece;
-        out += 3 * piece;
     }
 }
 
