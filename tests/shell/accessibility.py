@@ -117,7 +117,7 @@ class Program:
         return until(what, path)
 
     def walk(self, lines, usable, documents=()):
-        """Every item as it is shown, against the list, and the titles of the documents behind it."""
+        """Every item as it is shown, against the list; behind it the titles of the documents."""
         self.items = {}
         menus = [self.bar]
         rest = {}
@@ -157,8 +157,8 @@ def read(window):
         if not has(node, State.SHOWING) or not has(node, State.FOCUSABLE):
             continue
         kind = role(node)
-        related = node.get_relation_set()
-        assert node.get_name() or related or kind in ("frame", "table cell"), (window.get_name(), kind, "no name")
+        named = node.get_name() or node.get_relation_set() or kind in ("frame", "table cell")
+        assert named, (window.get_name(), kind, "no name")
         if kind == "text" and text_of(node).isdigit():
             type_in(node, "7")
             assert text_of(node) == "7", (window.get_name(), node.get_name())
