@@ -159,6 +159,27 @@ void firstClick(benchmark::State& state) {
     report(state, operation, click);
 }
 
+// The first stroke of a pen after a command, and the second one.
+void strokes(benchmark::State& state) {
+    Program program(photoFile());
+    engine::Image dab(program.engine);
+    dab.Import().New(40, 40, engine::Color(), 5, "no undo");
+    Series first, second;
+    for (auto _ : state) {
+        program.click();
+        program.rest();
+        for (Series* series : {&first, &second}) {
+            series->time([&] {
+                program.form->ImgX->Draw().Image(dab.Info(), 100, 100, nullptr, 1, true, {});
+                QCoreApplication::processEvents();
+            });
+            program.rest();
+        }
+    }
+    state.counters["first_ms"] = first.median();
+    state.counters["second_ms"] = second.median();
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -178,6 +199,7 @@ int main(int argc, char** argv) {
     add(
         "blur25/25", [](benchmark::State& s) { clicks(s, 0.25); }, 40);
     add("blur25/first", firstClick, 5);
+    add("stroke", strokes, 15);
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
     return 0;
