@@ -44,10 +44,64 @@ constexpr Argument applyFilterArguments[] = {
 // cache. A multiple of every number of channels.
 constexpr std::size_t piece = 960;
 
+// The coefficients times the smallest power of two that makes them whole; empty if there is none,
+// or if their sums would not fit into 16 bits.
+struct WholeTable {
+    std::vector<std::int16_t> coefficients{};
+    double scale = 1;
+
+    explicit WholeTable(const Matrix& matrix) {
+        for (; scale <= 64; scale *= 2) {
+            double size = 0;
+            bool whole = true;
+            for (const double value : matrix.values) {
+                size += std::abs(value * scale);
+                whole = whole && value * scale == std::floor(value * scale);
+            }
+            if (size * 255 > 32767) return;
+            if (!whole) continue;
+            for (const double value : matrix.values)
+                coefficients.push_back(static_cast<std::int16_t>(value * scale));
+            return;
+        }
+    }
+};
+
+KVN_CLONES void addWholeRow(const std::uint8_t* __restrict row, const std::int16_t* c,
+                            std::size_t step, std::int16_t* __restrict sums, std::size_t count) {
+    const std::int16_t left = c[0], middle = c[1], right = c[2];
+    for (std::size_t i = 0; i < count; ++i)
+        sums[i] = static_cast<std::int16_t>(sums[i] + left * row[i] + middle * row[i + step] +
+                                            right * row[i + 2 * step]);
+}
+
+KVN_CLONES void toReals(const std::int16_t* __restrict sums, float unit, float* __restrict out,
+                        std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i)
+        out[i] = static_cast<float>(sums[i]) * unit;
+}
+
 struct Correlation {
     std::vector<float> coefficients;
     float bias;
+    WholeTable whole; // the same in whole numbers, which is quicker
+    float unit;       // what 1 of their sums is worth
     std::vector<const std::uint8_t*> shifted{};
+
+    void sum(int step, float* sums, std::size_t count) const {
+        const std::size_t height = shifted.size();
+        if (whole.coefficients.empty())
+            return correlate(shifted.data(), coefficients.data(), static_cast<int>(height), step,
+                             sums, count);
+        std::int16_t wholeSums[piece];
+        std::fill_n(wholeSums, count, std::int16_t{0});
+        for (std::size_t k = 0; k < height; ++k) {
+            const std::int16_t* c = whole.coefficients.data() + 3 * k;
+            if (c[0] != 0 || c[1] != 0 || c[2] != 0)
+                addWholeRow(shifted[k], c, static_cast<std::size_t>(step), wholeSums, count);
+        }
+        toReals(wholeSums, unit, sums, count);
+    }
 
     // Calls `finish(begin, sums, count)` for the sums of a row, piece by piece.
     template <class Finish>
@@ -59,8 +113,7 @@ struct Correlation {
             const std::size_t count = std::min(piece, all - begin);
             for (std::size_t k = 0; k < height; ++k)
                 shifted[k] = rows[k] + begin;
-            correlate(shifted.data(), coefficients.data(), static_cast<int>(height),
-                      bytesPerPixel(view.type), sums, count);
+            sum(bytesPerPixel(view.type), sums, count);
             finish(begin, sums, count);
         }
     }
@@ -69,7 +122,10 @@ struct Correlation {
 Correlation correlationOf(const Arguments& arguments) {
     const double bias =
         std::clamp(static_cast<double>(arguments.integer(2)), -largestBias, largestBias);
-    return {dividedBy(arguments.matrix(0), arguments.number(1)), static_cast<float>(bias)};
+    const WholeTable whole(arguments.matrix(0));
+    const double divisor = arguments.number(1) == 0 ? 1 : arguments.number(1);
+    return {dividedBy(arguments.matrix(0), divisor), static_cast<float>(bias), whole,
+            static_cast<float>(std::clamp(1 / (divisor * whole.scale), -1e9, 1e9))};
 }
 
 Raster correlated(const Raster& source, const Matrix& matrix, Correlation correlation, Task& task) {
