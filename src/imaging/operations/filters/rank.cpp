@@ -14,7 +14,7 @@ namespace {
 
 constexpr int largestSize = 255;
 constexpr int largestCounted = 15; // its 225 values are counted in a byte
-constexpr int largestCompared = 25; // beyond, comparing all rows of the window costs more
+constexpr int largestCompared = 13; // beyond, comparing all rows of the window costs more
 
 constexpr Argument rankArguments[] = {
     {"filter size", ArgumentKind::Integer, 1, largestSize, "px", "side of the window; made odd"},
