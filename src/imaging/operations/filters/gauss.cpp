@@ -288,7 +288,7 @@ std::vector<std::uint16_t> fixedWeights(const Row& weights) {
 }
 
 void fixedRows(const ConstView& view, const std::vector<std::uint16_t>& down,
-               const std::vector<std::uint16_t>& along, Task& task, const BlurredRow& finish) {
+               const std::vector<std::uint16_t>& along, Task& task, const FixedRow& finish) {
     const int above = static_cast<int>(down.size()) - 1;
     const int side = static_cast<int>(along.size()) - 1;
     const int channels = bytesPerPixel(view.type);
@@ -297,15 +297,13 @@ void fixedRows(const ConstView& view, const std::vector<std::uint16_t>& down,
         std::vector<const std::uint8_t*> rows(sizeOf(2 * above + 1));
         std::vector<std::uint16_t> padded(samples + sizeOf(2 * side * channels) + vectorSlack);
         std::vector<std::uint16_t> sums(samples + vectorSlack);
-        Row blurred(samples);
         for (int y = y0; y < y1; ++y) {
             for (int k = -above; k <= above; ++k)
                 rows[sizeOf(k + above)] = view.row(std::clamp(y + k, 0, view.height - 1));
             sumRowsFixed(rows.data(), down.data(), above, padded.data() + side * channels, samples);
             repeatEnds(padded.data(), side, view.width, side, channels);
             sumEntriesFixed(padded.data(), along.data(), side, channels, sums.data(), samples);
-            levelsOfFixed(sums.data(), blurred.data(), samples);
-            finish(y, blurred.data());
+            finish(y, sums.data());
         }
     });
 }
@@ -317,7 +315,13 @@ void windowRows(const ConstView& view, const Row& down, const Row& along, bool w
     if (!weighted && precision == Precision::Levels) {
         const auto fixedDown = fixedWeights(down), fixedAlong = fixedWeights(along);
         if (!fixedDown.empty() && !fixedAlong.empty())
-            return fixedRows(view, fixedDown, fixedAlong, task, finish);
+            return fixedRows(view, fixedDown, fixedAlong, task,
+                             [&](int y, const std::uint16_t* sums) {
+                                 thread_local Row levels;
+                                 levels.resize(rowBytes(view.type, view.width));
+                                 levelsOfFixed(sums, levels.data(), levels.size());
+                                 finish(y, levels.data());
+                             });
     }
     const int taps = static_cast<int>(along.size()), radius = taps / 2;
     const int channels = bytesPerPixel(view.type);
@@ -332,6 +336,14 @@ void windowRows(const ConstView& view, const Row& down, const Row& along, bool w
             finish(y, blurred.data());
         }
     });
+}
+
+bool gaussRowsFixed(const ConstView& view, double sigma, Task& task, const FixedRow& finish) {
+    if (sigma >= directLimit) return false;
+    const auto weights = fixedWeights(gaussWeights(sigma));
+    if (weights.empty()) return false;
+    fixedRows(view, weights, weights, task, finish);
+    return true;
 }
 
 void gaussRows(const ConstView& view, double sigma, bool weighted, Task& task,

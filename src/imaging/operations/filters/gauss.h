@@ -29,6 +29,12 @@ using BlurredRow = std::function<void(int y, const float* row)>;
 void gaussRows(const ConstView& view, double sigma, bool weighted, Task& task,
                const BlurredRow& finish, Precision precision = Precision::Levels);
 
+// Takes row y in 1/128 of a level.
+using FixedRow = std::function<void(int y, const std::uint16_t* row)>;
+// The quickest form, with the errors of Precision::Levels and without weighting: for small sigmas
+// only. False, and nothing done, if `sigma` is none.
+bool gaussRowsFixed(const ConstView& view, double sigma, Task& task, const FixedRow& finish);
+
 // The same with a window of one's own: an odd number of symmetric weights with sum 1 downwards,
 // and along the rows.
 void windowRows(const ConstView& view, const std::vector<float>& down,

@@ -204,6 +204,20 @@ void detailAdded(const std::uint8_t* HWY_RESTRICT pixels, const float* HWY_RESTR
     }
 }
 
+void detailAddedFixed(const std::uint8_t* HWY_RESTRICT pixels,
+                      const std::uint16_t* HWY_RESTRICT blurred, std::int16_t gain,
+                      std::int16_t threshold, std::uint8_t* HWY_RESTRICT out, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) {
+        const auto detail = static_cast<std::int16_t>((pixels[i] << 7) - blurred[i]);
+        const std::int16_t size = detail < 0 ? static_cast<std::int16_t>(-detail) : detail;
+        const std::int16_t kept = size >= threshold ? detail : std::int16_t{0};
+        const auto added = static_cast<std::int16_t>((kept * gain + (1 << 14)) >> 15);
+        const auto level = static_cast<std::int16_t>((added + (pixels[i] << 4) + 8) >> 4);
+        const std::int16_t low = level < 0 ? std::int16_t{0} : level;
+        out[i] = static_cast<std::uint8_t>(low > 255 ? 255 : low);
+    }
+}
+
 void detailKept(float base, const std::uint8_t* HWY_RESTRICT pixels,
                 const float* HWY_RESTRICT blurred, std::uint8_t* HWY_RESTRICT out,
                 std::size_t count) {
@@ -229,6 +243,7 @@ HWY_EXPORT(fine);
 HWY_EXPORT(rounded);
 HWY_EXPORT(biased);
 HWY_EXPORT(detailAdded);
+HWY_EXPORT(detailAddedFixed);
 HWY_EXPORT(detailKept);
 
 void sumRows(const std::uint8_t* const* rows, const float* weights, int taps, float* out,
@@ -274,6 +289,12 @@ void addBias(const float* in, float bias, std::uint8_t* out, std::size_t count) 
 void addDetail(const std::uint8_t* pixels, const float* blurred, float gain, float threshold,
                std::uint8_t* out, std::size_t count) {
     HWY_DYNAMIC_DISPATCH(detailAdded)(pixels, blurred, gain, threshold, out, count);
+}
+void addDetailFixed(const std::uint8_t* pixels, const std::uint16_t* blurred, float gain,
+                    float threshold, std::uint8_t* out, std::size_t count) {
+    HWY_DYNAMIC_DISPATCH(detailAddedFixed)
+    (pixels, blurred, static_cast<std::int16_t>(gain * 4096 + 0.5f),
+     static_cast<std::int16_t>(threshold * 128), out, count);
 }
 void detailAround(float base, const std::uint8_t* pixels, const float* blurred, std::uint8_t* out,
                   std::size_t count) {

@@ -44,6 +44,9 @@ void roundLevels(const float* in, std::uint8_t* out, std::size_t count);
 // `threshold`, else pixels[i]; rounded and clamped.
 void addDetail(const std::uint8_t* pixels, const float* blurred, float gain, float threshold,
                std::uint8_t* out, std::size_t count);
+// The same for blurred values in 1/128 of a level and gains up to 7; right to 1/16 of a level.
+void addDetailFixed(const std::uint8_t* pixels, const std::uint16_t* blurred, float gain,
+                    float threshold, std::uint8_t* out, std::size_t count);
 // out[i] = in[i] + bias, rounded and clamped.
 void addBias(const float* in, float bias, std::uint8_t* out, std::size_t count);
 // out[i] = base + pixels[i] - blurred[i], rounded and clamped.
