@@ -234,12 +234,13 @@ KVN_INLINE Floats sampleBordered(const WarpRow& row, int i) {
 enum Kind : std::uint8_t {
     general,  // edges and areas
     plain,    // well inside, and nothing shrinks
+    shrunk,   // well inside, and shrinks to no less than two fifths
     farBeyond // background alone
 };
 
 // Sets the kind of every pixel.
 KVN_CLONES void classify(const WarpRow& row) {
-    constexpr float limit = shrinkLimit * shrinkLimit;
+    constexpr float limit = shrinkLimit * shrinkLimit, areaLimit = 2.5f * 2.5f;
     const auto right = static_cast<float>(row.source.width - 2);
     const auto bottom = static_cast<float>(row.source.height - 2);
     const float *x = row.x, *y = row.y, *belowX = row.belowX, *belowY = row.belowY;
@@ -249,16 +250,19 @@ KVN_CLONES void classify(const WarpRow& row) {
     for (int i = 0; i < count; ++i) {
         const float ax = x[i + 1] - x[i], ay = y[i + 1] - y[i];
         const float dx = belowX[i] - x[i], dy = belowY[i] - y[i];
-        const int small =
-            ((ax * ax + ay * ay <= limit) & (dx * dx + dy * dy <= limit)) | (counts ^ 1);
+        const float across = ax * ax + ay * ay, down = dx * dx + dy * dy;
+        const int small = ((across <= limit) & (down <= limit)) | (counts ^ 1);
+        const int medium = (across <= areaLimit) & (down <= areaLimit) & (small ^ 1);
         const int inside = (x[i] >= 1) & (y[i] >= 1) & (x[i] < right) & (y[i] < bottom);
         // A pixel this far out cannot touch the picture.
         const float reachX = 2 + spread * (std::abs(ax) + std::abs(dx));
         const float reachY = 2 + spread * (std::abs(ay) + std::abs(dy));
         const int outside = (x[i] < -reachX) | (y[i] < -reachY) | (x[i] > right + 1 + reachX) |
                             (y[i] > bottom + 1 + reachY);
-        kinds[i] =
-            static_cast<std::uint8_t>((small & inside) * plain | (outside & borders) * farBeyond);
+        const int deep =
+            (x[i] > reachX) & (y[i] > reachY) & (x[i] < right - reachX) & (y[i] < bottom - reachY);
+        kinds[i] = static_cast<std::uint8_t>((small & inside) * plain | (medium & deep) * shrunk |
+                                             (outside & borders) * farBeyond);
     }
 }
 
@@ -281,10 +285,41 @@ KVN_INLINE void sampleOthers(const WarpRow& row, int begin, int end) {
     std::uint8_t* out = row.out + static_cast<std::ptrdiff_t>(begin) * Channels;
     for (int i = begin; i < end; ++i, out += Channels) {
         Floats pixel = background;
-        if (row.kinds[i] == general)
+        if (row.kinds[i] != farBeyond)
             pixel = row.bordered ? sampleBordered<Channels, Weighted>(row, i)
                                  : sampleArea<Channels, Weighted>(row, i);
         store<Channels, Weighted>(pixel, out);
+    }
+}
+
+// Pixels whose area is the mean of two by two samples, each made by the fast path.
+template <int Channels>
+KVN_INLINE void sampleShrunk(const WarpRow& row, WarpRun fast, int begin, int end) {
+    constexpr int block = 256;
+    float x[block], y[block];
+    std::uint8_t bytes[block * Channels + 4];
+    std::uint16_t sums[block * Channels];
+    WarpRow one = row;
+    one.x = x;
+    one.y = y;
+    one.out = bytes;
+    for (int first = begin; first < end; first += block) {
+        const int count = std::min(block, end - first);
+        std::fill_n(sums, count * Channels, std::uint16_t{2}); // half of the divisor
+        for (int sample = 0; sample < 4; ++sample) {
+            const float a = sample & 1 ? 0.25f : -0.25f, d = sample & 2 ? 0.25f : -0.25f;
+            for (int i = 0; i < count; ++i) {
+                const Steps steps = stepsAt(row, first + i);
+                x[i] = row.x[first + i] + a * steps.acrossX + d * steps.downX;
+                y[i] = row.y[first + i] + a * steps.acrossY + d * steps.downY;
+            }
+            fast(one, 0, count);
+            for (int i = 0; i < count * Channels; ++i)
+                sums[i] = static_cast<std::uint16_t>(sums[i] + bytes[i]);
+        }
+        std::uint8_t* out = row.out + static_cast<std::ptrdiff_t>(first) * Channels;
+        for (int i = 0; i < count * Channels; ++i)
+            out[i] = static_cast<std::uint8_t>(sums[i] >> 2);
     }
 }
 
@@ -293,10 +328,12 @@ KVN_INLINE void sampleRow(const WarpRow& row) {
     classify(row);
     const WarpRun fast = Weighted ? nullptr : vectorRun(Channels);
     for (int begin = 0, end = 0; begin < row.count; begin = end) {
-        const bool isPlain = row.kinds[begin] == plain;
-        while (end < row.count && (row.kinds[end] == plain) == isPlain)
+        const std::uint8_t kind = row.kinds[begin];
+        while (end < row.count && row.kinds[end] == kind)
             ++end;
-        if (!isPlain)
+        if (kind == shrunk && fast)
+            sampleShrunk<Channels>(row, fast, begin, end);
+        else if (kind != plain)
             sampleOthers<Channels, Weighted>(row, begin, end);
         else if (fast)
             fast(row, begin, end);
