@@ -106,7 +106,7 @@ template <int channels>
 inline void putMean(const Words& forth, const Words& back, const std::uint8_t* own,
                     std::uint8_t* out) {
     const Words sides = forth / 4 + back / 4;
-    const Words right = __builtin_shuffle(sides, Words{4, 5, 6, 7, 4, 5, 6, 7});
+    const Words right = __builtin_shufflevector(sides, sides, 4, 5, 6, 7, 4, 5, 6, 7);
     const Words thrice = (sides + right + pairAt<channels>(own) * 64 + 32) / 64;
     // Times 85.33 / 256: a third.
     const Words mean = (thrice * 85 + thrice / 4 + thrice / 16 + thrice / 64 + 128) / 256;
