@@ -66,9 +66,15 @@ constexpr int fileIndex = 4;
 constexpr int presets[] = {2, 1, 3, 4}; // by index: web, system, 16 colours, black and white
 
 std::optional<Colors> chosenPalette(frmMain& document, int index) {
-    if (index == fileIndex) return readFile(document, {.needsSize = false, .beeps = false});
     engine::Palette palette(document.services().engine);
-    palette.LoadPreset(presets[index]);
+    if (index != fileIndex) {
+        palette.LoadPreset(presets[index]);
+        return palette.Colors();
+    }
+    const auto colors = readFile(document, {.needsSize = false, .beeps = false});
+    if (!colors) return {};
+    for (int i = 0; i < colors->size(); ++i)
+        palette.Entry(static_cast<quint8>(i), (*colors)[i]);
     return palette.Colors();
 }
 

@@ -183,10 +183,10 @@ class DecisionsTest : public QObject {
     }
 
     void userStopsSlowWork() {
-        studio_->openType(5, 2000, 1500);
+        studio_->form->ImgX->Geometry().Resize(4000, 3000, 0, "no undo");
+        studio_->engine.setThreads(1);
         studio_->engine.setProgressDelay(0);
         studio_->progress.setShowDelay(0);
-        answer([](Dialog& dialog) { dialog.txtText(0)->setText("151"); });
         const Snapshot before = snapshot(studio_->picture());
         int reports = 0;
         connect(studio_->form->imgxAction, &engine::ImgX::Progress, this, [&] {
@@ -194,7 +194,7 @@ class DecisionsTest : public QObject {
             if (++reports == 2) QVERIFY(cancel->isVisible() && !studio_->form->isEnabled());
             if (reports == 2) cancel->click();
         });
-        QCOMPARE(run("mnuFilters", 26).size(), 2);
+        QCOMPARE(run("mnuEffectsDither", 7).size(), 2);
         QVERIFY(reports > 2);
         QCOMPARE(studio_->user.said(), QStringList());
         QCOMPARE(steps(), 0);
@@ -340,6 +340,7 @@ class DecisionsTest : public QObject {
             calls.mid(0, 4),
             QStringList({copied, R"(Dialog Dialog.Filter ["Palette Files|*.pal|All Files|*.*"])",
                          "Dialog Dialog.FilterIndex [1]", "Dialog Dialog.OpenOption [true]"}));
+        QCOMPARE(calls.filter("Palette Palette.Entry [").size(), applied ? 256 : 0);
         QCOMPARE(calls.filter("Geometry.ApplyPalette").size(), int(applied));
         if (bytes.size() >= 768 && applied) {
             const QString apply = calls.filter("Geometry.ApplyPalette").first();
