@@ -45,16 +45,6 @@ Raster resized(const Raster& source, int width, int height) {
     return target;
 }
 
-void divideByAlpha(Raster& raster) {
-    const View view = raster.edit();
-    for (int y = 0; y < view.height; ++y) {
-        std::uint8_t* p = view.row(y);
-        for (int x = 0; x < view.width; ++x, p += 4)
-            for (int c = 0; c < 3 && p[3] != 0 && p[3] != 255; ++c)
-                p[c] = static_cast<std::uint8_t>(std::min(255, (p[c] * 255 + p[3] / 2) / p[3]));
-    }
-}
-
 void changeAlpha(Raster& raster, const Blit& blit) {
     const View view = raster.edit();
     for (int y = 0; y < view.height; ++y) {

@@ -82,6 +82,17 @@ Raster readDib(const Dib& dib, const Palette& logical, bool alpha, draw::Effort&
     }
 }
 
+void divideByAlpha(Raster& raster) {
+    if (raster.type() != ImageType::Rgba32) return;
+    const View view = raster.edit();
+    for (int y = 0; y < view.height; ++y) {
+        std::uint8_t* p = view.row(y);
+        for (int x = 0; x < view.width; ++x, p += 4)
+            for (int c = 0; c < 3 && p[3] != 0 && p[3] != 255; ++c)
+                p[c] = static_cast<std::uint8_t>(std::min(255, (p[c] * 255 + p[3] / 2) / p[3]));
+    }
+}
+
 // Type, width, height, bytes a row, planes, bits a pixel, then rows from the top.
 Raster readOldBitmap(std::span<const std::uint8_t> bitmap, std::size_t start) {
     const LittleFields fields(bitmap);

@@ -44,6 +44,9 @@ Raster decodeDib(const Dib& dib, const Palette& logical, bool alpha, ReadLimits 
 // effort.
 Raster readDib(const Dib& dib, const Palette& logical, bool alpha, draw::Effort& effort);
 
+// Undoes that the colours of a picture with alpha were multiplied by it; others stay.
+void divideByAlpha(Raster& raster);
+
 // One of the bitmaps from before those, of 1 bit; the rows begin at `start`. Black and white. Empty
 // for other depths.
 Raster readOldBitmap(std::span<const std::uint8_t> bitmap, std::size_t start);

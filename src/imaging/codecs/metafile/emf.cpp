@@ -1,5 +1,6 @@
 // EMF: the size from the header, records one by one.
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 

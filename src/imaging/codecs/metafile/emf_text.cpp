@@ -1,4 +1,6 @@
 // EMF records with text.
+#include <algorithm>
+
 #include "imaging/codecs/metafile/emf_record.h"
 #include "imaging/codecs/metafile/text.h"
 

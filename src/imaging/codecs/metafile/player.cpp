@@ -109,18 +109,6 @@ double resolution(int pixels, double inches) {
     return whole > 0 && std::abs(dpi - whole) <= doubt + 1e-9 ? whole : dpi;
 }
 
-// Colours that were multiplied by alpha.
-void divideByAlpha(Raster& raster) {
-    if (raster.type() != ImageType::Rgba32) return;
-    const View view = raster.edit();
-    for (int y = 0; y < view.height; ++y) {
-        std::uint8_t* p = view.row(y);
-        for (int x = 0; x < view.width; ++x, p += 4)
-            for (int c = 0; c < 3 && p[3] != 0; ++c)
-                p[c] = static_cast<std::uint8_t>(std::min(255, (p[c] * 255 + p[3] / 2) / p[3]));
-    }
-}
-
 Page bitmapPage(const BitmapMark& bitmap, const Sheet& sheet, const ReadLimits& limits, Task& task,
                 std::vector<std::string>& warnings) {
     Page page;

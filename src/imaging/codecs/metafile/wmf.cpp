@@ -1,5 +1,6 @@
 // WMF: with the placeable header or without.
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 
@@ -104,10 +105,11 @@ class WmfSource final : public Source {
             state.windowExtent = window().extent;
             state.viewportExtent = {std::abs(window().extent.x), std::abs(window().extent.y)};
         }
+        std::size_t count = 0;
         const bool whole = eachRecord([&](std::uint32_t function, auto record, std::size_t at) {
             if (!drawing.effort().spend(perRecord)) return false;
             playWmfRecord(drawing, function, record, fixed);
-            if (++count_ % 256 == 0) task.report(double(at) / double(file.size()));
+            if (++count % 256 == 0) task.report(double(at) / double(file.size()));
             return true;
         });
         if (!whole) warnings.push_back("The WMF file is cut off or damaged: its end is missing.");
@@ -164,7 +166,6 @@ class WmfSource final : public Source {
     Window placed_, set_;
     double unitsPerInch_ = 0;
     std::size_t start_ = 0;
-    mutable std::size_t count_ = 0;
 };
 
 } // namespace

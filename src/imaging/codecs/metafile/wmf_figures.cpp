@@ -1,4 +1,6 @@
 // WMF records that draw lines, figures, regions and text.
+#include <algorithm>
+
 #include "imaging/codecs/metafile/text.h"
 #include "imaging/codecs/metafile/wmf_record.h"
 

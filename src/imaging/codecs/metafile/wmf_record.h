@@ -1,6 +1,7 @@
 // One WMF record's fields, and the handlers of the groups of records.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <span>
 #include <vector>
