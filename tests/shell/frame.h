@@ -6,6 +6,7 @@
 #include <QApplication>
 #include <QDir>
 #include <QMenu>
+#include <QThreadPool>
 #include <memory>
 
 #include "basic/settings_store.h"
@@ -40,6 +41,12 @@ struct Frame {
         shell::ProcessHooks hooks{[this](const QString& text) { title = text; },
                                   [this] { endedNow = true; }, [this] { endedSoon = true; }};
         window = std::make_unique<shell::MDIMain>(engine, user, progress, state, store, hooks);
+    }
+
+    // The desktop's list of files is written in the background, into the folder that goes now.
+    ~Frame() {
+        window.reset();
+        QThreadPool::globalInstance()->waitForDone();
     }
 
     void start() {
