@@ -131,7 +131,7 @@ constexpr Row color[] = {
     {"Saturation 10", "Effects.Saturation 10"},
     {"Normalized Difference, red and green",
      "Channels.Split + Effects.NormalizedDifference green.png 0 1 0", Source::Photo},
-    {"Red Eye Reduction", "Effects.RedEyeReduction 30 60 170 110 50 50", Source::Face},
+    {"Red Eye Reduction", "Effects.RedEyeReduction 100 90 300 170 50 50", Source::Face},
 };
 constexpr Row texture[] = {
     {"Mosaic", "Effects.Mosaic 10 10 7"},
