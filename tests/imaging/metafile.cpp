@@ -206,6 +206,16 @@ void MetafileTest::statesAndMappings() {
              .rectangle(0, 0, 40, 30)
              .file(40, 30),
          {{9, 9, white}, {10, 10, redInk}, {12, 12, white}, {14, 14, redInk}, {20, 19, white}}},
+        {"a clip moved",
+         EmfMaker()
+             .add(26, {9, 9})
+             .add(30, {5, 5, 20, 20})
+             .add(26, {10, -3})
+             .noPen()
+             .brush(1, red)
+             .rectangle(0, 0, 40, 30)
+             .file(40, 30),
+         {{14, 10, white}, {15, 2, redInk}, {29, 16, redInk}, {29, 17, white}}},
         {"drawn twice with exclusive or",
          EmfMaker()
              .add(20, {7})

@@ -48,6 +48,7 @@ void Clip::add(Outline outline, FillRule rule, Combine how) {
         reset();
         how = Combine::And;
     }
+    if (shapes_.size() >= mostShapes) return;
     if (how == Combine::Or || how == Combine::Xor) {
         // The mask must close what the rectangle alone closed so far.
         if (bounds_ != whole_)
@@ -60,6 +61,24 @@ void Clip::add(Outline outline, FillRule rule, Combine how) {
         return;
     }
     shapes_.push_back(std::make_shared<const Shape>(Shape{std::move(outline), rule, how}));
+}
+
+void Clip::move(PointD by) {
+    if (bounds_ == whole_ && shapes_.empty()) return;
+    const auto whole = [](double v) {
+        constexpr double far = 1e6;
+        return static_cast<int>(std::lround(std::clamp(v, -far, far)));
+    };
+    bounds_.x += whole(by.x);
+    bounds_.y += whole(by.y);
+    bounds_ = bounds_.intersected(whole_);
+    for (auto& shape : shapes_) {
+        Shape moved = *shape;
+        for (Polyline& line : moved.outline)
+            for (PointD& p : line.points)
+                p = p + by;
+        shape = std::make_shared<const Shape>(std::move(moved));
+    }
 }
 
 namespace {

@@ -22,11 +22,16 @@ class Clip {
         Combine how = Combine::And;
     };
 
+    // Shapes beyond this many are left out: a file may have any number.
+    static constexpr std::size_t mostShapes = 1024;
+
     // Nothing outside `whole` is ever open.
     explicit Clip(const Rect& whole) : whole_(whole), bounds_(whole) {}
 
     void add(const Rect& rect, Combine how);
     void add(Outline outline, FillRule rule, Combine how);
+    // What is open moves; nothing does where all is.
+    void move(PointD by);
     // All open again.
     void reset();
 

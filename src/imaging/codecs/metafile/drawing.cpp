@@ -171,6 +171,17 @@ void Drawing::clipTo(PointD a, PointD b, const Affine& map, draw::Combine how) {
     state_.clip.add(Rect{left, top, right - left, bottom - top}, how);
 }
 
+void Drawing::moveClip(PointD by) {
+    constexpr double perShape = 200, perPoint = 10; // nanoseconds
+    double cost = 0;
+    for (const auto& shape : state_.clip.shapes()) {
+        cost += perShape;
+        for (const draw::Polyline& line : shape->outline)
+            cost += perShape + perPoint * static_cast<double>(line.points.size());
+    }
+    if (effort_.spend(cost)) state_.clip.move(toCanvas().linear(by));
+}
+
 // --- paints ----------------------------------------------------------------------------------
 
 namespace {

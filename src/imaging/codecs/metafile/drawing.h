@@ -82,6 +82,8 @@ class Drawing {
 
     // The rectangle of whole pixels for a clip, or an outline where the axes are turned.
     void clipTo(PointD a, PointD b, const Affine& map, draw::Combine how);
+    // By a logical distance.
+    void moveClip(PointD by);
 
   private:
     Affine pageToDevice() const;

@@ -121,6 +121,7 @@ constexpr EmfEntry entries[] = {
     {22, [](Drawing& d, const EmfRecord& r) { d.state().textAlign = r.i32(8); }},
     {24, [](Drawing& d, const EmfRecord& r) { d.state().textColor = r.color(8, d); }},
     {25, [](Drawing& d, const EmfRecord& r) { d.state().backColor = r.color(8, d); }},
+    {26, [](Drawing& d, const EmfRecord& r) { d.moveClip(r.point(8)); }},
     {28, [](Drawing& d, const EmfRecord&) { d.state().metaClip = d.state().clip; }},
     {29, excludeRect},
     {30, intersectRect},

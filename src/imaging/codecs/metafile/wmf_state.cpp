@@ -59,6 +59,7 @@ constexpr WmfEntry entries[] = {
      }},
     {0x410, [](Drawing& d, const WmfRecord& r) { scale(d.state().windowExtent, r); }},
     {0x412, [](Drawing& d, const WmfRecord& r) { scale(d.state().viewportExtent, r); }},
+    {0x220, [](Drawing& d, const WmfRecord& r) { d.moveClip(r.point(0)); }},
     {0x12c, selectClipRegion},
     {0x415,
      [](Drawing& d, const WmfRecord& r) {
