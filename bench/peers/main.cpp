@@ -12,7 +12,6 @@
 #include "bench/photo.h"
 
 namespace kvn::bench {
-namespace {
 
 #ifndef KVN_PEER_VIPS
 Works vipsWorks(const Pictures&) {
@@ -24,6 +23,8 @@ Works magickWorks(const Pictures&) {
     return {};
 }
 #endif
+
+namespace {
 
 // In the order of the table. Point operations are held against a copy.
 struct Case {
