@@ -23,9 +23,9 @@ struct PageState {
     std::uint64_t stamp = 0;
     imaging::Raster raster;
     imaging::MetadataRef metadata;
-    std::string name;     // of the file it came from
-    std::string pageName; // its own within that file, mostly empty
+    std::string name; // of the file it came from
     imaging::FileType fileType = imaging::FileType::Unknown;
+    std::string pageName = {}; // its own within that file, mostly empty
 };
 
 struct ListState {
