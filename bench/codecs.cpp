@@ -2,6 +2,7 @@
 #include <benchmark/benchmark.h>
 #include <cstdio>
 #include <cstring>
+#include <gif_lib.h>
 #include <jpeglib.h>
 #include <map>
 #include <png.h>
@@ -41,6 +42,42 @@ void ourRead(benchmark::State& state, FileType type, int compression) {
     for (auto _ : state) {
         Task task;
         benchmark::DoNotOptimize(codecForType(type)->read(bytes, {}, task));
+    }
+}
+
+// The greens as a GIF, made by the library.
+const std::vector<std::uint8_t>& gifFile() {
+    static std::vector<std::uint8_t> bytes;
+    if (!bytes.empty()) return bytes;
+    const ConstView view = picture().view();
+    GifFileType* gif = EGifOpen(
+        &bytes,
+        [](GifFileType* file, const GifByteType* from, int size) {
+            auto& to = *static_cast<std::vector<std::uint8_t>*>(file->UserData);
+            to.insert(to.end(), from, from + size);
+            return size;
+        },
+        nullptr);
+    std::vector<GifColorType> colors(256);
+    ColorMapObject* map = GifMakeMapObject(256, colors.data());
+    EGifPutScreenDesc(gif, view.width, view.height, 8, 0, map);
+    EGifPutImageDesc(gif, 0, 0, view.width, view.height, false, nullptr);
+    std::vector<GifPixelType> row(static_cast<std::size_t>(view.width));
+    for (int y = 0; y < view.height; ++y) {
+        for (int x = 0; x < view.width; ++x)
+            row[static_cast<std::size_t>(x)] = view.row(y)[3 * x + 1];
+        EGifPutLine(gif, row.data(), view.width);
+    }
+    EGifCloseFile(gif, nullptr);
+    GifFreeMapObject(map);
+    return bytes;
+}
+
+void ourGifRead(benchmark::State& state) {
+    const auto& bytes = gifFile();
+    for (auto _ : state) {
+        Task task;
+        benchmark::DoNotOptimize(codecForType(FileType::Gif)->read(bytes, {}, task));
     }
 }
 
@@ -122,21 +159,47 @@ void bareJpegWrite(benchmark::State& state) {
     }
 }
 
-struct PngSource {
+struct Source {
     const std::uint8_t* data;
     std::size_t left;
 };
+
+void bareGifRead(benchmark::State& state) {
+    const auto& bytes = gifFile();
+    std::vector<GifPixelType> pixels(24'000'000);
+    for (auto _ : state) {
+        Source source{bytes.data(), bytes.size()};
+        GifFileType* gif = DGifOpen(
+            &source,
+            [](GifFileType* file, GifByteType* to, int size) {
+                auto& from = *static_cast<Source*>(file->UserData);
+                const std::size_t n = std::min(static_cast<std::size_t>(size), from.left);
+                std::memcpy(to, from.data, n);
+                from.data += n;
+                from.left -= n;
+                return static_cast<int>(n);
+            },
+            nullptr);
+        GifRecordType kind = UNDEFINED_RECORD_TYPE;
+        DGifGetRecordType(gif, &kind);
+        DGifGetImageDesc(gif);
+        for (int y = 0; y < gif->Image.Height; ++y)
+            DGifGetLine(gif, pixels.data() + std::ptrdiff_t{y} * gif->Image.Width,
+                        gif->Image.Width);
+        DGifCloseFile(gif, nullptr);
+    }
+}
 
 void barePngRead(benchmark::State& state) {
     const auto& bytes = file(FileType::Png);
     Raster target = picture();
     const View view = target.edit();
     for (auto _ : state) {
-        PngSource source{bytes.data(), bytes.size()};
+        Source source{bytes.data(), bytes.size()};
         png_structp png = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
         png_infop info = png_create_info_struct(png);
         png_set_read_fn(png, &source, [](png_structp p, png_bytep to, png_size_t size) {
-            auto& from = *static_cast<PngSource*>(png_get_io_ptr(p));
+            auto& from = *static_cast<Source*>(png_get_io_ptr(p));
             std::memcpy(to, from.data, size);
             from.data += size;
             from.left -= size;
@@ -189,7 +252,8 @@ void bareTiffWrite(benchmark::State& state, int scheme) {
         TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB);
         TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
         TIFFSetField(tiff, TIFFTAG_COMPRESSION, scheme);
-        if (scheme != COMPRESSION_NONE) TIFFSetField(tiff, TIFFTAG_PREDICTOR, 2);
+        if (scheme != COMPRESSION_NONE && scheme != COMPRESSION_PACKBITS)
+            TIFFSetField(tiff, TIFFTAG_PREDICTOR, 2);
         TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, TIFFDefaultStripSize(tiff, 0));
         for (int y = 0; y < view.height; ++y)
             TIFFWriteScanline(tiff, const_cast<std::uint8_t*>(view.row(y)),
@@ -215,7 +279,7 @@ void bareTiffRead(benchmark::State& state, int compression) {
     }
 }
 
-constexpr int none = 0, deflate = 5, lzw = 6; // rows of the compression list
+constexpr int none = 0, packbits = 4, deflate = 5, lzw = 6; // rows of the compression list
 
 #define KVN_TIMED ->Unit(benchmark::kMillisecond)->UseRealTime()
 BENCHMARK_CAPTURE(ourRead, jpeg, FileType::Jpeg, none) KVN_TIMED;
@@ -241,6 +305,21 @@ BENCHMARK_CAPTURE(ourWrite, tiff_lzw, FileType::Tiff, lzw) KVN_TIMED;
 BENCHMARK_CAPTURE(bareTiffWrite, lzw, COMPRESSION_LZW) KVN_TIMED;
 BENCHMARK_CAPTURE(ourWrite, tiff_deflate, FileType::Tiff, deflate) KVN_TIMED;
 BENCHMARK_CAPTURE(bareTiffWrite, deflate, COMPRESSION_ADOBE_DEFLATE) KVN_TIMED;
+BENCHMARK_CAPTURE(ourRead, tiff_packbits, FileType::Tiff, packbits) KVN_TIMED;
+BENCHMARK_CAPTURE(bareTiffRead, packbits, packbits) KVN_TIMED;
+BENCHMARK_CAPTURE(ourWrite, tiff_packbits, FileType::Tiff, packbits) KVN_TIMED;
+BENCHMARK_CAPTURE(bareTiffWrite, packbits, COMPRESSION_PACKBITS) KVN_TIMED;
+BENCHMARK(ourGifRead) KVN_TIMED;
+BENCHMARK(bareGifRead) KVN_TIMED;
+// There is no library beside these.
+BENCHMARK_CAPTURE(ourRead, psd, FileType::Psd, none) KVN_TIMED;
+BENCHMARK_CAPTURE(ourWrite, psd, FileType::Psd, none) KVN_TIMED;
+BENCHMARK_CAPTURE(ourRead, bmp, FileType::Bmp, none) KVN_TIMED;
+BENCHMARK_CAPTURE(ourWrite, bmp, FileType::Bmp, none) KVN_TIMED;
+BENCHMARK_CAPTURE(ourRead, pcx, FileType::Pcx, none) KVN_TIMED;
+BENCHMARK_CAPTURE(ourWrite, pcx, FileType::Pcx, none) KVN_TIMED;
+BENCHMARK_CAPTURE(ourRead, tga, FileType::Tga, none) KVN_TIMED;
+BENCHMARK_CAPTURE(ourWrite, tga, FileType::Tga, none) KVN_TIMED;
 
 } // namespace
 
