@@ -18,18 +18,9 @@ namespace {
 
 using Family = std::span<const Operation* const> (*)();
 constexpr Family families[] = {
-    artOperations,
-    basicGeometryOperations,
-    channelOperations,
-    cipherOperations,
-    filterOperations,
-    generateOperations,
-    paletteOperations,
-    resampleOperations,
-    retouchOperations,
-    textureOperations,
-    toneOperations,
-    transformOperations,
+    artOperations,     basicGeometryOperations, channelOperations, cipherOperations,
+    filterOperations,  generateOperations,      paletteOperations, resampleOperations,
+    retouchOperations, textureOperations,       toneOperations,    transformOperations,
 };
 
 std::vector<const Operation*> sortedOperations() {

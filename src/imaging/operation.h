@@ -99,8 +99,8 @@ class Arguments {
 };
 
 struct Operation {
-    std::string_view name;               // as the contract has it: "Effects.Blur"
-    std::string_view undoName;           // "Blur"
+    std::string_view name;                    // as the contract has it: "Effects.Blur"
+    std::string_view undoName;                // "Blur"
     std::span<const Argument> arguments = {}; // without the undo label
     // The new picture. Reads `source` only; the source stays whole whatever happens.
     Raster (*run)(const Raster& source, const Arguments& arguments, Task& task) = nullptr;

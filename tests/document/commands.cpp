@@ -77,7 +77,8 @@ class Commands : public QObject {
         const QStringList calls = desk_->journal.engineCalls();
         QCOMPARE(calls.size(), 3);
         QVERIFY(calls[0].startsWith("imgxAction Import.FromImgX [\"@ImgX\",0,\"\"]"));
-        QCOMPARE(calls[2], QString("ImgX Import.FromImgX [\"@imgxAction\",0,\"\"] -> Convert Type"));
+        QCOMPARE(calls[2],
+                 QString("ImgX Import.FromImgX [\"@imgxAction\",0,\"\"] -> Convert Type"));
         QCOMPARE(document.ImgX->Undos(), undos + 1);
         QCOMPARE(document.ImgX->Info().TypeIndex(), 3);
         QVERIFY(!document.Saved);

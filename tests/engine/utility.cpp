@@ -21,8 +21,8 @@ void UtilityTest::hslComesBackClose() {
         const auto byte = [](int v) { return static_cast<quint8>(v); };
         const Utility::Hsl hsl = utility.RgbToHsl(byte(r), byte(g), byte(b));
         const Color back = utility.HslToRgb(hsl.hue, hsl.saturation, hsl.luminance);
-        return std::max({std::abs(back.Red() - r), std::abs(back.Green() - g),
-                         std::abs(back.Blue() - b)});
+        return std::max(
+            {std::abs(back.Red() - r), std::abs(back.Green() - g), std::abs(back.Blue() - b)});
     };
     for (int r = 0; r < 256; r += 3)
         for (int g = 0; g < 256; g += 3)

@@ -68,8 +68,9 @@ extern const Operation motionBlurOperation;
 // wavering outlines, drawn twice, where it is darker than around, and up to three layers of strokes
 // to and fro where it is dark. Lines are about 2 U wide, their ink is the square root of the line
 // darkness, and the picture behind them pales with it. The filter makes the picture simpler: 0
-// blurred (Gaussian, 4 U before, 1.3 U after), 1 filtered (median of 10 U, 5 to 9 pixels), 2 posterized, 3 despeckled;
-// before it is drawn, or the whole drawing afterwards. Alpha counts as in the filter.
+// blurred (Gaussian, 4 U before, 1.3 U after), 1 filtered (median of 10 U, 5 to 9 pixels), 2
+// posterized, 3 despeckled; before it is drawn, or the whole drawing afterwards. Alpha counts as in
+// the filter.
 extern const Operation scribbleOperation;
 
 // Geometry.Stipple(size, filter, filter first): the picture in dots, size * 0.3 U (at least 3 px)

@@ -13,7 +13,7 @@ namespace kvn::imaging {
 namespace {
 
 constexpr int largestSize = 255;
-constexpr int largestCounted = 15; // its 225 values are counted in a byte
+constexpr int largestCounted = 15;  // its 225 values are counted in a byte
 constexpr int largestCompared = 13; // beyond, comparing all rows of the window costs more
 
 constexpr Argument rankArguments[] = {
