@@ -46,18 +46,8 @@ void Codec::write(std::span<const Page>, const WriteOptions&, ByteSink&, Task&) 
 
 std::span<const Codec* const> codecs() {
     static const std::array table{
-        &jpegCodec(),
-        &pngCodec(),
-        &tiffCodec(),
-        &gifCodec(),
-        &bmpCodec(),
-        &psdCodec(),
-        &pcxCodec(),
-        &icoCodec(),
-        &wmfCodec(),
-        &emfCodec(),
-        &wbmpCodec(),
-        &tgaCodec(),
+        &jpegCodec(), &pngCodec(), &tiffCodec(), &gifCodec(), &bmpCodec(),  &psdCodec(),
+        &pcxCodec(),  &icoCodec(), &wmfCodec(),  &emfCodec(), &wbmpCodec(), &tgaCodec(),
     };
     return table;
 }

@@ -29,10 +29,10 @@ struct ReadLimits {
 };
 
 struct WriteOptions {
-    int jpegQuality = 75;        // clamped to 1..100
-    int jpegSmoothing = 0;       // clamped to 0..100
+    int jpegQuality = 75;  // clamped to 1..100
+    int jpegSmoothing = 0; // clamped to 0..100
     bool jpegProgressive = false;
-    int tiffCompression = 0;     // 0 none, 1 G3, 2 G4, 3 JPEG, 4 Packbits, 5 Deflate, 6 LZW
+    int tiffCompression = 0; // 0 none, 1 G3, 2 G4, 3 JPEG, 4 Packbits, 5 Deflate, 6 LZW
     bool bmpRle = false;
     bool wmfPlaceable = true;
     std::uint32_t jpegMarkers = 0x3fff; // bit i-1: APPi is written
@@ -60,7 +60,8 @@ class Codec {
     virtual Picture read(std::span<const std::uint8_t> file, ReadLimits limits,
                          Task& task) const = 0;
     // One entry a page. The default decodes the file.
-    virtual std::vector<PageFacts> facts(std::span<const std::uint8_t> file, ReadLimits limits) const;
+    virtual std::vector<PageFacts> facts(std::span<const std::uint8_t> file,
+                                         ReadLimits limits) const;
 
     virtual bool canWrite() const { return false; }
     virtual bool holdsPages() const { return false; } // several pages in one file

@@ -9,8 +9,8 @@ namespace kvn::imaging {
 
 // To be called after ReadLimits::take. Throws RuntimeError(invalidPicture) for a picture that takes
 // more than 64 MB of memory and whose data are less than a 4096th part of them: no scheme without
-// whole-picture modelling packs that tightly, so nearly all of it would be missing. Smaller pictures
-// pass: blank memory for them is cheap.
+// whole-picture modelling packs that tightly, so nearly all of it would be missing. Smaller
+// pictures pass: blank memory for them is cheap.
 void requirePlausible(std::int64_t width, std::int64_t height, ImageType type,
                       std::uint64_t dataBytes);
 
