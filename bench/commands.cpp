@@ -8,13 +8,11 @@
 #include <QAction>
 #include <QApplication>
 #include <QTemporaryDir>
-#include <algorithm>
-#include <chrono>
 #include <memory>
-#include <vector>
 
 #include "basic/settings_store.h"
 #include "bench/photo.h"
+#include "bench/series.h"
 #include "dialogs/frmProgress.h"
 #include "dialogs/qt_asking.h"
 #include "document/document_actions.h"
@@ -91,25 +89,7 @@ QString photoFile() {
     return path;
 }
 
-class Series {
-  public:
-    template <typename Body>
-    void time(const Body& body) {
-        const auto begin = std::chrono::steady_clock::now();
-        body();
-        const std::chrono::duration<double, std::milli> took =
-            std::chrono::steady_clock::now() - begin;
-        values_.push_back(took.count());
-    }
-    double median() {
-        std::sort(values_.begin(), values_.end());
-        return values_[values_.size() / 2];
-    }
-    double least() { return *std::min_element(values_.begin(), values_.end()); }
-
-  private:
-    std::vector<double> values_;
-};
+using bench::Series;
 
 void bare(const imaging::Raster& picture) {
     const imaging::Operation& blur = *imaging::findOperation("Effects.Blur");

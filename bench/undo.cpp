@@ -3,13 +3,12 @@
 // *_ms the median and the worst of the 25 single calls.
 #include <benchmark/benchmark.h>
 
-#include <algorithm>
-#include <chrono>
 #include <fstream>
 #include <string>
 #include <vector>
 
 #include "bench/photo.h"
+#include "bench/series.h"
 #include "engine/detail/history.h"
 
 namespace {
@@ -22,25 +21,12 @@ using engine::detail::ListState;
 constexpr int stepCount = 25;
 constexpr double megabyte = 1 << 20;
 
-class Series {
-  public:
-    template <typename Body>
-    void time(const Body& body) {
-        const auto begin = std::chrono::steady_clock::now();
-        body();
-        const std::chrono::duration<double, std::milli> took =
-            std::chrono::steady_clock::now() - begin;
-        values_.push_back(took.count());
-    }
-    void report(benchmark::State& state, const std::string& name) {
-        std::sort(values_.begin(), values_.end());
-        state.counters[name + "_ms"] = values_[values_.size() / 2];
-        state.counters[name + "_max_ms"] = values_.back();
-    }
+using bench::Series;
 
-  private:
-    std::vector<double> values_;
-};
+void report(benchmark::State& state, Series& series, const std::string& name) {
+    state.counters[name + "_ms"] = series.median();
+    state.counters[name + "_max_ms"] = series.most();
+}
 
 // A line of /proc/self/status in megabytes.
 double processMemory(const std::string& key) {
@@ -100,8 +86,8 @@ struct Document {
             undos.time([&] { history.undo(live); });
         for (int i = 0; i < stepCount; ++i)
             redos.time([&] { history.redo(live); });
-        undos.report(state, "undo_" + when);
-        redos.report(state, "redo_" + when);
+        report(state, undos, "undo_" + when);
+        report(state, redos, "redo_" + when);
     }
     void reportMemory(benchmark::State& state) {
         state.counters["mb_peak"] = processMemory("VmHWM");
@@ -127,8 +113,8 @@ void wholeSteps(benchmark::State& state, bool pause) {
         if (pause) settling.time([&] { document.store.settle(); });
         document.walk(state, "first");
         document.walk(state, "again");
-        recording.report(state, "record");
-        if (pause) settling.report(state, "settle");
+        report(state, recording, "record");
+        if (pause) report(state, settling, "settle");
         document.reportMemory(state);
     }
 }
@@ -142,7 +128,7 @@ void strokes(benchmark::State& state) {
             document.stroke(i, recording);
         const auto bytes = static_cast<double>(document.history.bytes());
         document.walk(state, "first");
-        recording.report(state, "record");
+        report(state, recording, "record");
         document.reportMemory(state);
         state.counters["kb_a_step"] = bytes / 1024 / stepCount;
     }
