@@ -5,6 +5,7 @@
 #include <ft2build.h>
 #include FT_FREETYPE_H
 #include FT_OUTLINE_H
+#include FT_ADVANCES_H
 #include FT_TRUETYPE_TABLES_H
 
 #if defined(__has_feature)
@@ -96,15 +97,23 @@ class FreeTypeFont final : public Font {
         double advance = 0;
     };
 
+    static constexpr int loadFlags = FT_LOAD_NO_SCALE | FT_LOAD_NO_HINTING | FT_LOAD_NO_BITMAP;
+
     // Weighted by how often the letters and the blank come, as the older fonts state it that files
     // with widths were made with.
     void measureAverage() {
         static constexpr int weights[] = {64, 14, 27, 35, 100, 20, 14, 42, 63, 3,  6, 35, 20,
                                           56, 56, 17, 4,  49,  56, 71, 31, 10, 18, 3, 18, 2};
         constexpr int blank = 166, total = 1000;
-        double sum = blank * advance(glyphOf(U' '));
+        // Without outlines: fonts are opened far more often than their letters are drawn.
+        const auto width = [this](char32_t character) {
+            FT_Fixed units = 0;
+            if (FT_Get_Advance(face_, glyphOf(character), loadFlags, &units) != 0) return 0.0;
+            return static_cast<double>(units) / em_;
+        };
+        double sum = blank * width(U' ');
         for (char32_t letter = U'a'; letter <= U'z'; ++letter)
-            sum += weights[letter - U'a'] * advance(glyphOf(letter));
+            sum += weights[letter - U'a'] * width(letter);
         if (sum > 0) averageWidth = sum / total;
     }
 
@@ -112,8 +121,7 @@ class FreeTypeFont final : public Font {
         if (const auto known = glyphs_.find(index); known != glyphs_.end()) return known->second;
         if (glyphs_.size() >= mostKept) glyphs_.clear();
         Glyph& glyph = glyphs_[index];
-        constexpr auto flags = FT_LOAD_NO_SCALE | FT_LOAD_NO_HINTING | FT_LOAD_NO_BITMAP;
-        if (FT_Load_Glyph(face_, index, flags) != 0) return glyph;
+        if (FT_Load_Glyph(face_, index, loadFlags) != 0) return glyph;
         glyph.advance = static_cast<double>(face_->glyph->metrics.horiAdvance) / em_;
         if (face_->glyph->format != FT_GLYPH_FORMAT_OUTLINE) return glyph;
         Pen pen{glyph.path, em_, {}};
