@@ -194,6 +194,10 @@ void Limits::narrowPicturesCountWithTheirPadding() {
     ReadLimits limits{.pixelBytes = 1 << 20};
     QVERIFY_THROWS_EXCEPTION(RuntimeError, limits.take(1, 20000, ImageType::Gray8));
     limits.take(1, 16000, ImageType::Gray8);
+    // What is turned afterwards counts as the larger of both.
+    limits = {.pixelBytes = 1 << 20};
+    limits.take(20000, 1, ImageType::Gray8);
+    QVERIFY_THROWS_EXCEPTION(RuntimeError, limits.take(20000, 1, ImageType::Gray8, true));
 }
 
 QTEST_GUILESS_MAIN(Limits)

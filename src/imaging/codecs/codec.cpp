@@ -11,7 +11,7 @@
 
 namespace kvn::imaging {
 
-void ReadLimits::take(std::int64_t width, std::int64_t height, ImageType type) {
+void ReadLimits::take(std::int64_t width, std::int64_t height, ImageType type, bool turned) {
     const std::string size = std::to_string(width) + " x " + std::to_string(height) + " pixels";
     if (width < 1 || height < 1)
         throw RuntimeError(errors::invalidPicture, "The file names a picture of " + size + ".",
@@ -19,13 +19,19 @@ void ReadLimits::take(std::int64_t width, std::int64_t height, ImageType type) {
     constexpr std::int64_t longest = std::numeric_limits<int>::max();
     const bool countable = width <= longest && height <= longest;
     // With the padding: narrow pictures take more memory than their pixels.
-    const std::uint64_t row =
-        countable ? PixelBuffer::strideFor(rowBytes(type, static_cast<int>(width))) : 0;
-    if (!countable || row > pixelBytes / static_cast<std::uint64_t>(height))
+    const auto bytes = [type](std::int64_t across, std::int64_t down) {
+        const std::uint64_t row = PixelBuffer::strideFor(rowBytes(type, static_cast<int>(across)));
+        const auto rows = static_cast<std::uint64_t>(down);
+        constexpr std::uint64_t most = std::numeric_limits<std::uint64_t>::max();
+        return row > most / rows ? most : row * rows;
+    };
+    std::uint64_t needed = countable ? bytes(width, height) : 0;
+    if (countable && turned) needed = std::max(needed, bytes(height, width));
+    if (!countable || needed > pixelBytes)
         throw RuntimeError(errors::outOfMemory,
                            "The picture of " + size + " is larger than the limit for files.",
                            "Import");
-    pixelBytes -= row * static_cast<std::uint64_t>(height);
+    pixelBytes -= needed;
 }
 
 std::vector<PageFacts> Codec::facts(std::span<const std::uint8_t> file, ReadLimits limits) const {

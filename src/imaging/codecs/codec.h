@@ -24,8 +24,9 @@ struct ReadLimits {
     int maxPages = 65536;
     // Throws RuntimeError(outOfMemory) with a message that names the size when a page of this
     // size would pass the limit; otherwise takes its bytes off the budget. Throws invalidPicture
-    // for a side below 1.
-    void take(std::int64_t width, std::int64_t height, ImageType type);
+    // for a side below 1. A page that is `turned` by a right angle after it has been read counts
+    // as the larger of its two forms: what stands on its side has more padding, or less.
+    void take(std::int64_t width, std::int64_t height, ImageType type, bool turned = false);
 };
 
 struct WriteOptions {

@@ -252,9 +252,11 @@ bool hasTwoThreads(const Task& task) {
 Picture readJpeg(std::span<const std::uint8_t> file, ReadLimits limits, Task& task) {
     const JpegOutline outline = outlineJpeg(file);
     const JpegFrame frame = checkedFrame(outline);
-    ReadLimits(limits).take(frame.width, frame.height, typeFor(frame.components));
-    checkPlausible(frame, file.size());
     auto metadata = std::make_shared<Metadata>(jpegMetadata(outline));
+    const int orientation = exifOrientation(metadata->exif);
+    ReadLimits(limits).take(frame.width, frame.height, typeFor(frame.components),
+                            swapsSides(orientation));
+    checkPlausible(frame, file.size());
     metadata->trailer = jpegTrailer(file);
     Picture picture;
     picture.type = FileType::Jpeg;
@@ -271,10 +273,7 @@ Picture readJpeg(std::span<const std::uint8_t> file, ReadLimits limits, Task& ta
         picture.warnings.push_back("The JPEG file is damaged: " + warning + ".");
     if (decoder->isCmyk()) metadata->icc.clear();
 
-    const auto orientation = ExifBlock(metadata->exif)
-                                 .number(ExifBlock::Directory::Main, ExifBlock::orientation)
-                                 .value_or(1);
-    raster = turnedUpright(raster, static_cast<int>(orientation), task);
+    raster = turnedUpright(raster, orientation, task);
     picture.pages.push_back({std::move(raster), std::move(metadata), {}});
     return picture;
 }
@@ -283,12 +282,10 @@ std::vector<PageFacts> jpegFacts(std::span<const std::uint8_t> file, ReadLimits 
     const JpegOutline outline = outlineJpeg(file);
     const JpegFrame frame = checkedFrame(outline);
     const ImageType type = typeFor(frame.components);
-    limits.take(frame.width, frame.height, type);
+    const bool turned = swapsSides(exifOrientation(jpegMetadata(outline).exif));
+    limits.take(frame.width, frame.height, type, turned);
     PageFacts facts{frame.width, frame.height, type, frame.precision * frame.components};
-    const auto orientation = ExifBlock(jpegMetadata(outline).exif)
-                                 .number(ExifBlock::Directory::Main, ExifBlock::orientation)
-                                 .value_or(1);
-    if (swapsSides(static_cast<int>(orientation))) std::swap(facts.width, facts.height);
+    if (turned) std::swap(facts.width, facts.height);
     return {facts};
 }
 

@@ -128,19 +128,14 @@ void readWithLibrary(std::span<const std::uint8_t> file, const PngOutline& outli
                            (raw.message.empty() ? "." : ": " + raw.message + "."));
 }
 
-int orientationOf(const Metadata& metadata) {
-    return static_cast<int>(ExifBlock(metadata.exif)
-                                .number(ExifBlock::Directory::Main, ExifBlock::orientation)
-                                .value_or(1));
-}
-
 } // namespace
 
 Picture readPng(std::span<const std::uint8_t> file, ReadLimits limits, Task& task) {
     PngOutline outline = checkedOutline(file);
     const PngHeader& header = *outline.header;
     const PngRowConverter converter(outline);
-    limits.take(header.width, header.height, converter.type());
+    const int orientation = exifOrientation(outline.metadata.exif);
+    limits.take(header.width, header.height, converter.type(), swapsSides(orientation));
     checkPlausible(outline);
 
     Picture picture;
@@ -150,7 +145,7 @@ Picture readPng(std::span<const std::uint8_t> file, ReadLimits limits, Task& tas
     if (!readQuickly(outline, converter, raster, task))
         readWithLibrary(file, outline, converter, raster, picture.warnings, task);
     clearPadding(raster);
-    raster = turnedUpright(raster, orientationOf(outline.metadata), task);
+    raster = turnedUpright(raster, orientation, task);
     picture.pages.push_back(
         {std::move(raster), std::make_shared<Metadata>(std::move(outline.metadata)), {}});
     return picture;
@@ -160,9 +155,10 @@ std::vector<PageFacts> pngFacts(std::span<const std::uint8_t> file, ReadLimits l
     const PngOutline outline = checkedOutline(file);
     const PngHeader& header = *outline.header;
     const ImageType type = pngImageType(outline);
-    limits.take(header.width, header.height, type);
+    const bool turned = swapsSides(exifOrientation(outline.metadata.exif));
+    limits.take(header.width, header.height, type, turned);
     PageFacts facts{header.width, header.height, type, header.bits()};
-    if (swapsSides(orientationOf(outline.metadata))) std::swap(facts.width, facts.height);
+    if (turned) std::swap(facts.width, facts.height);
     return {facts};
 }
 

@@ -28,7 +28,7 @@ class PsdCodec final : public Codec {
 
     Picture read(std::span<const std::uint8_t> file, ReadLimits limits, Task& task) const override {
         PsdFile psd = readPsdFile(file);
-        limits.take(psd.width, psd.height, psd.type);
+        limits.take(psd.width, psd.height, psd.type, swapsSides(psd.orientation));
         requirePlausible(psd.width, psd.height, psd.type, psd.pixels.size());
         if (psd.zipped && psd.layer.empty()) unzipPsd(psd, limits);
         Picture picture;
@@ -46,7 +46,7 @@ class PsdCodec final : public Codec {
     std::vector<PageFacts> facts(std::span<const std::uint8_t> file,
                                  ReadLimits limits) const override {
         const PsdFile psd = readPsdFile(file);
-        limits.take(psd.width, psd.height, psd.type);
+        limits.take(psd.width, psd.height, psd.type, swapsSides(psd.orientation));
         PageFacts facts{psd.width, psd.height, psd.type, psd.channels * psd.bits};
         if (swapsSides(psd.orientation)) std::swap(facts.width, facts.height);
         return {facts};

@@ -51,7 +51,7 @@ class TiffPages {
     TiffLayout layout(std::size_t index) {
         const TiffReaderPool::Lease reader(pool_, chain_.directories[index]);
         const TiffLayout layout = readTiffLayout(*reader);
-        limits_.take(layout.width, layout.height, layout.type);
+        limits_.take(layout.width, layout.height, layout.type, swapsSides(layout.orientation));
         if (!packsAnything(layout))
             requirePlausible(layout.width, layout.height, layout.type, pool_.file().size());
         return layout;

@@ -59,10 +59,7 @@ Metadata copiedFrom(const JpegOutline& source, const JpegOutline& destination,
     });
     // A picture that lies on its side says so even if nothing else is told.
     constexpr std::array<std::uint8_t, 14> bareBlock{'I', 'I', 42, 0, 8};
-    const auto orientation =
-        static_cast<int>(ExifBlock(jpegMetadata(destination).exif)
-                             .number(ExifBlock::Directory::Main, ExifBlock::orientation)
-                             .value_or(1));
+    const int orientation = exifOrientation(jpegMetadata(destination).exif);
     if (copied.exif.empty() && orientation != 1)
         copied.exif.assign(bareBlock.begin(), bareBlock.end());
     return metadataForWriting(copied, storedPixels(destinationFile, orientation), false,

@@ -176,4 +176,10 @@ void ExifBlock::removeThumbnail() {
     if (const std::size_t link = thumbnailLink(); link != 0) write(link, 0, 4);
 }
 
+int exifOrientation(Bytes exif) {
+    return static_cast<int>(ExifBlock(std::move(exif))
+                                .number(ExifBlock::Directory::Main, ExifBlock::orientation)
+                                .value_or(1));
+}
+
 } // namespace kvn::imaging

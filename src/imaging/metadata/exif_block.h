@@ -71,4 +71,7 @@ class ExifBlock {
     std::size_t main_ = 0;
 };
 
+// The orientation that an EXIF block states, 1 where it states none.
+int exifOrientation(Bytes exif);
+
 } // namespace kvn::imaging
