@@ -96,6 +96,7 @@ class ResampleTest : public QObject {
 
   private slots:
     void kernelsAreTheirFormulas();
+    void boxCountsEveryPixelOnce();
     void resizeIsTheKernel_data();
     void resizeIsTheKernel();
     void resizeKeepsFlatAndCentred();
@@ -141,6 +142,21 @@ void ResampleTest::kernelsAreTheirFormulas() {
             if (a == 2 || b == 2) continue;
             const auto isTriangle = [](int m) { return m == 6 || m == 8 || m == 14 || m == 19; };
             QCOMPARE(print(a) == print(b), isTriangle(a) && isTriangle(b));
+        }
+}
+
+// A pixel whose centre lies on the border of two results of the box filter counts in one of them.
+void ResampleTest::boxCountsEveryPixelOnce() {
+    for (int from = 2; from < 60; ++from)
+        for (int to = 1; to < from; ++to) {
+            const AxisWeights axis =
+                axisWeights(reconstructionFor(5, static_cast<double>(from) / to), from, to);
+            std::vector<int> counts(static_cast<std::size_t>(from));
+            for (int i = 0; i < to * axis.width; ++i)
+                if (axis.weight[static_cast<std::size_t>(i)] > 0)
+                    ++counts[static_cast<std::size_t>(
+                        axis.first[static_cast<std::size_t>(i / axis.width)] + i % axis.width)];
+            QCOMPARE(counts, std::vector<int>(static_cast<std::size_t>(from), 1));
         }
 }
 

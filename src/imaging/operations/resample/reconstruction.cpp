@@ -12,8 +12,11 @@ double sinc(double x) {
     return std::abs(t) < 1e-9 ? 1 : std::sin(t) / t;
 }
 
+// A centre on the border of two result pixels belongs to the second, whatever the last bit says.
+constexpr double borderSlack = 1e-9;
+constexpr double boxRadius = 0.5 + borderSlack;
 double box(double x) {
-    return x >= -0.5 && x < 0.5 ? 1 : 0;
+    return x >= -0.5 - borderSlack && x < 0.5 - borderSlack ? 1 : 0;
 }
 
 double triangle(double x) {
@@ -110,7 +113,7 @@ constexpr Reconstruction filters[resizeMethodCount] = {
     {.kind = Resampling::Pick},            // Simple
     {.radius = 2, .kernel = catmullRom},   // Decimate, enlarging
     {.radius = 2, .kernel = lanczos<2>},   // Default
-    {.radius = 0.5, .kernel = box},        // Box
+    {.radius = boxRadius, .kernel = box},  // Box
     triangleFilter,                        // Triangle
     {.radius = 3, .kernel = hamming},      // Hamming
     triangleFilter,                        // Triangle
