@@ -119,40 +119,54 @@ double spacingOf(const std::vector<Spot>& entries) {
 // From this distance between neighbouring entries on, the pattern of dithering meets the eye.
 constexpr double coarseSpacing = 96;
 
-// How much of its error a pixel hands on, in sixteenths. Nearly all where the picture is smooth,
-// so that gradients show no steps. Less where it is busy, for a quieter picture: there, errors
-// that no mixture of entries can make good would only pile up. With a coarse palette too much of
-// the tone would be lost that way.
+// How much of its error a pixel hands on, in sixteenths. Nearly all where the picture is smooth or
+// changes evenly, so that gradients show no steps. With a fine palette little where it is rougher
+// than the gaps between the entries: the picture's own texture hides the steps there, and dithering
+// would only add noise. A coarse palette mixes its colours everywhere.
 class Strength {
   public:
-    explicit Strength(double spacing)
-        : smooth_(spacing > coarseSpacing ? 15 : 14),
-          busy_(std::clamp(static_cast<int>(9 + (spacing - 48) / 8), 9, smooth_)) {}
+    Strength(double spacing, std::size_t entries)
+        : smooth_(spacing > coarseSpacing || entries <= fewEntries ? 15 : 14),
+          rough_(std::min(smooth_, std::max(forSpacing(spacing), forCount(entries)))),
+          range_(std::clamp(static_cast<int>(0.7 * spacing), 3, 24)) {}
 
     void fill(PreparedRow& row) const {
         const std::uint8_t* p = row.spots.data();
         const std::size_t width = row.strength.size();
-        int before = 0;
         for (std::size_t x = 0; x < width; ++x, p += 4) {
-            const int after = x + 1 < width ? difference(p, p + 4) : 0;
-            const int activity = std::clamp(before + after - calm, 0, range);
+            const int bend = bendOf(x > 0 ? p - 4 : p, p, x + 1 < width ? p + 4 : p);
+            const int roughness = std::clamp(bend - calm, 0, range_);
             row.strength[x] =
-                static_cast<std::uint8_t>(smooth_ - (smooth_ - busy_) * activity / range);
-            before = after;
+                static_cast<std::uint8_t>(smooth_ - (smooth_ - rough_) * roughness / range_);
         }
     }
 
   private:
-    // Levels by which a pixel differs from its two neighbours, all channels together.
-    static constexpr int calm = 2, range = 3;
+    static constexpr std::size_t fewEntries = 32;
+    // The bend that rounding gives an even gradient.
+    static constexpr int calm = 3;
 
-    static int difference(const std::uint8_t* a, const std::uint8_t* b) {
-        return std::abs(a[0] - b[0]) + std::abs(a[1] - b[1]) + std::abs(a[2] - b[2]) +
-               std::abs(a[3] - b[3]);
+    static int forSpacing(double spacing) {
+        return std::clamp(static_cast<int>(1 + (spacing - 16) * 14 / 24), 1, 14);
+    }
+    // From 1 for 256 entries to 14 for 16.
+    static int forCount(std::size_t entries) {
+        const double octaves = std::log2(256.0 / static_cast<double>(entries));
+        return std::clamp(static_cast<int>(1 + octaves * 13 / 4), 1, 14);
+    }
+    // Levels by which a pixel differs from an even way from one neighbour to the other, twice, all
+    // channels together.
+    static int bendOf(const std::uint8_t* before, const std::uint8_t* here,
+                      const std::uint8_t* after) {
+        int sum = 0;
+        for (int k = 0; k < 4; ++k)
+            sum += std::abs(2 * here[k] - before[k] - after[k]);
+        return sum;
     }
 
     int smooth_;
-    int busy_;
+    int rough_;
+    int range_; // of bends, from smooth to rough
 };
 
 // Error diffusion is serial by nature. Large pictures are cut into strips of fixed height, so
@@ -208,7 +222,7 @@ bool isCoarsePair(const NearestColors& colors) {
 
 void mapDithered(const Mapping& mapping, NearestColors& first, const View& to, Task& task) {
     const double spacing = spacingOf(first.entries());
-    const Strength strength(spacing);
+    const Strength strength(spacing, first.entries().size());
     const int strips =
         spacing > coarseSpacing ? 1 : std::max(1, (to.height - leadRows) / stripRows);
     if (strips == 1) {

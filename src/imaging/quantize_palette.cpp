@@ -14,6 +14,7 @@
 #include "imaging/quantize_cluster.h"
 #include "imaging/quantize_colors.h"
 #include "imaging/quantize_metric.h"
+#include "imaging/quantize_spread.h"
 #include "imaging/quantize_store.h"
 
 namespace kvn::imaging {
@@ -178,7 +179,8 @@ Rgba colorOf(const std::array<double, 4>& place, double scale, bool withAlpha) {
     return {channel(place[0]), channel(place[1]), channel(place[2]), alpha};
 }
 
-Palette choosePalette(const Raster& source, int colors, bool withAlpha, Task& task) {
+Palette choosePalette(const Raster& source, int colors, bool withAlpha, Task& task,
+                      PaletteUse use) {
     if (source.isEmpty()) throw RuntimeError(errors::invalidCall, "There is no picture", "Imaging");
     if (colors < 2 || colors > static_cast<int>(Palette::maxSize))
         throw RuntimeError(errors::invalidCall, "A palette has 2 to 256 colors", "Imaging");
@@ -198,14 +200,19 @@ Palette choosePalette(const Raster& source, int colors, bool withAlpha, Task& ta
         return cloudOf(histogramOf(source, withAlpha, samplesFor(colors), task));
     }();
     std::vector<Center> centers = cutCloud(cloud, static_cast<std::size_t>(colors));
-    const Task::Stage stage(task, 0.6, 1);
-    refineCenters(cloud, centers, 10, task);
+    {
+        const Task::Stage stage(task, 0.6, 0.8);
+        refineCenters(cloud, centers, 10, task);
+    }
     // The histogram's cells are as large as the gaps of a fine palette: whole pixels decide the
     // last levels.
+    const Task::Stage stage(task, 0.8, 1);
     refineCenters(sampleOf(source, withAlpha), centers, 3, task);
     std::vector<Rgba> entries;
     for (const Center& center : centers)
         entries.push_back(colorOf(center, Cloud::stepsPerLevel, withAlpha));
+    if (use == PaletteUse::Dithered && entries.size() <= mostSpreadEntries)
+        entries = spreadForDithering(source, std::move(entries), withAlpha, task);
     return sorted(std::move(entries));
 }
 

@@ -65,6 +65,23 @@ double meanRed(const Raster& picture) {
     return sum / (picture.width() * picture.height());
 }
 
+// As it looks from a little farther away.
+Raster blurred(const Raster& source) {
+    Raster result(ImageType::Rgb24, source.width() - 2, source.height() - 2);
+    for (int y = 0; y < result.height(); ++y)
+        for (int x = 0; x < result.width(); ++x) {
+            int sums[3] = {8, 8, 8};
+            for (int i = 0; i < 9; ++i) {
+                const int weight = (2 - std::abs(i % 3 - 1)) * (2 - std::abs(i / 3 - 1));
+                const Rgba c = source.pixel(x + i % 3, y + i / 3);
+                sums[0] += weight * c.r, sums[1] += weight * c.g, sums[2] += weight * c.b;
+            }
+            const auto byte = [&](int k) { return static_cast<std::uint8_t>(sums[k] / 16); };
+            result.setPixel(x, y, {byte(0), byte(1), byte(2), 255});
+        }
+    return result;
+}
+
 int lightOf(Rgba c) {
     return luma(mul255(c.r, c.a), mul255(c.g, c.a), mul255(c.b, c.a));
 }
@@ -81,6 +98,8 @@ class QuantizeTest : public QObject {
     void findsTheNearestEntry_data();
     void findsTheNearestEntry();
     void ditheringKeepsToneAndExactColors();
+    void fewColorsMixFromAfar();
+    void fineColorsSpareTexture();
     void ditheringHasNoSeams();
     void doesNotDependOnThreads();
     void countsColors();
@@ -218,6 +237,36 @@ void QuantizeTest::ditheringKeepsToneAndExactColors() {
         plain += std::abs(meanRed(mapped(gradient, eight, false).cropped(block)) - wanted);
     }
     QVERIFY2(dithered < plain / 3, qPrintable(QString("%1 %2").arg(dithered).arg(plain)));
+}
+
+// Sixteen colours chosen to be mixed are nearer to the picture from afar than the best single ones.
+void QuantizeTest::fewColorsMixFromAfar() {
+    for (const bool withAlpha : {false, true}) {
+        const Raster picture = waves({640, 320}, withAlpha);
+        Task task;
+        const Palette mixing = choosePalette(picture, 16, withAlpha, task, PaletteUse::Dithered);
+        QVERIFY(mixing.size() <= 16);
+        QVERIFY(std::ranges::is_sorted(mixing.colors(), {}, lightOf));
+        if (withAlpha) continue;
+        const auto error = [&](const Palette& palette) {
+            return squaredError(blurred(picture), blurred(mapped(picture, palette, true)));
+        };
+        const double mixed = error(mixing), single = error(chosen(picture, 16));
+        QVERIFY2(mixed < 0.7 * single, qPrintable(QString("%1 %2").arg(mixed).arg(single)));
+    }
+}
+
+// Where the picture is rougher than the steps between the colours, dithering adds next to nothing.
+void QuantizeTest::fineColorsSpareTexture() {
+    Raster picture = noise(ImageType::Rgb24, {200, 200});
+    const View view = picture.edit();
+    for (int y = 0; y < 200; ++y)
+        for (std::size_t i = 0; i < picture.rowBytes(); ++i)
+            view.row(y)[i] = static_cast<std::uint8_t>(96 + view.row(y)[i] / 4);
+    const Palette palette = chosen(picture, 256);
+    const double dithered = squaredError(picture, mapped(picture, palette, true));
+    const double nearest = squaredError(picture, mapped(picture, palette, false));
+    QVERIFY2(dithered < 1.03 * nearest, qPrintable(QString("%1 %2").arg(dithered).arg(nearest)));
 }
 
 // Tall pictures are dithered in strips. Where two meet, the tone must not jump.

@@ -22,7 +22,8 @@ Raster dither(const Raster& source, const Arguments& arguments, Task& task) {
     Palette palette;
     {
         const Task::Stage choosing(task, 0, 0.5);
-        palette = choosePalette(source, colors, !isOpaque(source), task);
+        palette = choosePalette(source, colors, !isOpaque(source), task,
+                                arguments.boolean(1) ? PaletteUse::Dithered : PaletteUse::Nearest);
     }
     const Task::Stage drawing(task, 0.5, 1);
     return mapToPalette(source, palette, arguments.boolean(1), task);
