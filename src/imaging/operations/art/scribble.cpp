@@ -1,10 +1,11 @@
 // Geometry.Scribble.
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <numbers>
 #include <vector>
 
-#include "imaging/convert.h"
+#include "imaging/convert_rows.h"
 #include "imaging/operations/art/art.h"
 #include "imaging/operations/filters/blur.h"
 #include "imaging/operations/filters/gauss.h"
@@ -49,38 +50,75 @@ Raster filtered(int filter, double spread, const Raster& source, double unit, Ta
     }
 }
 
-// What there is to draw: grey planes of the outlines (255: a full line) and of the tones.
+// What there is to draw in some rows of the picture, the first of which is `top`: outlines (255: a
+// full line) and tones, the two side by side in each row.
 struct Motif {
-    Raster outlines, tones;
+    int top = 0, width = 0;
+    PixelBuffer marks{};
+
+    ConstView outlines() const {
+        return {marks.data(), marks.stride(), width, marks.rows(), ImageType::Gray8};
+    }
+    ConstView tones() const {
+        return {marks.data() + width, marks.stride(), width, marks.rows(), ImageType::Gray8};
+    }
 };
 
+Raster grayOf(const ConstView& rows, Task& task) {
+    Raster gray = Raster::uninitialized(ImageType::Gray8, rows.width, rows.height);
+    const View to = gray.edit();
+    parallelRows(rows.height, task, [&](int y0, int y1) {
+        for (int y = y0; y < y1; ++y)
+            convertRow(rows.type, to.type, rows.row(y), to.row(y), rows.width);
+    });
+    return gray;
+}
+
+// The narrow blur is kept in 1/256 of a level.
+constexpr float fine = 256;
+
+KVN_CLONES void keepFine(const float* __restrict levels, std::uint16_t* __restrict kept,
+                         std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) {
+        const float value = levels[i] < 0 ? 0 : levels[i] * fine + 0.5f;
+        kept[i] = static_cast<std::uint16_t>(static_cast<int>(value < 65280 ? value : 65280));
+    }
+}
+
+KVN_CLONES void markRow(const float* __restrict wide, const std::uint16_t* __restrict sharp,
+                        std::uint8_t* __restrict line, std::uint8_t* __restrict tone,
+                        std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) {
+        const int level = static_cast<int>(wide[i]);
+        const int darker =
+            static_cast<int>((wide[i] - static_cast<float>(sharp[i]) * (1 / fine) - 1.2f) * 42);
+        line[i] = static_cast<std::uint8_t>(darker < 0 ? 0 : darker > 255 ? 255 : darker);
+        tone[i] = static_cast<std::uint8_t>(level < 0 ? 0 : level > 255 ? 255 : level);
+    }
+}
+
 // Outlines lie where the picture is darker than its surroundings: difference of Gaussians (D. Marr
-// and E. Hildreth, Theory of edge detection, 1980).
-Motif motifOf(const Raster& picture, double unit, Task& task) {
-    const Raster gray = convertType(picture, ImageType::Gray8, task);
-    const int width = gray.width(), height = gray.height();
-    PixelBuffer narrow(static_cast<std::size_t>(width) * sizeof(float), height);
-    std::uint8_t* const memory = narrow.detach();
-    const auto narrowRow = [&](int y) {
-        return reinterpret_cast<float*>(memory + narrow.stride() * static_cast<std::size_t>(y));
+// and E. Hildreth, Theory of edge detection, 1980). The narrow one lies where the marks will.
+Motif motifOf(const ConstView& rows, int top, double unit, Task& task) {
+    const Raster gray = grayOf(rows, task);
+    const auto width = static_cast<std::size_t>(rows.width);
+    Motif motif{top, rows.width, PixelBuffer(width * sizeof(std::uint16_t), rows.height)};
+    std::uint8_t* const marks = motif.marks.detach();
+    const auto rowOf = [&](int y) {
+        return marks + motif.marks.stride() * static_cast<std::size_t>(y);
     };
     {
         const Task::Stage stage(task, 0, 0.4);
         gaussRows(gray.view(), std::max(0.6, 1.1 * unit), false, task,
-                  [&](int y, const float* row) { std::copy_n(row, width, narrowRow(y)); });
+                  [&](int y, const float* row) {
+                      keepFine(row, reinterpret_cast<std::uint16_t*>(rowOf(y)), width);
+                  });
     }
-    Motif motif{Raster::uninitialized(ImageType::Gray8, width, height),
-                Raster::uninitialized(ImageType::Gray8, width, height)};
-    const View outlines = motif.outlines.edit(), tones = motif.tones.edit();
     const Task::Stage stage(task, 0.4, 1);
     gaussRows(gray.view(), std::max(1.2, 2.6 * unit), false, task, [&](int y, const float* wide) {
-        const float* sharp = narrowRow(y);
-        std::uint8_t *line = outlines.row(y), *tone = tones.row(y);
-        for (int x = 0; x < width; ++x) {
-            const float darker = (wide[x] - sharp[x] - 1.2f) * 42;
-            line[x] = static_cast<std::uint8_t>(std::clamp(darker, 0.0f, 255.0f));
-            tone[x] = static_cast<std::uint8_t>(std::clamp(wide[x], 0.0f, 255.0f));
-        }
+        std::vector<std::uint16_t> sharp(width);
+        std::memcpy(sharp.data(), rowOf(y), width * sizeof(std::uint16_t));
+        markRow(wide, sharp.data(), rowOf(y), rowOf(y) + width, width);
     });
     return motif;
 }
@@ -142,8 +180,10 @@ class Hand {
         std::vector<float> paper;
     };
 
-    void row(const ConstView& outlines, const ConstView& tones, int y, Room& room) const {
-        const int width = outlines.width;
+    // Row y of the picture.
+    void row(const Motif& motif, int y, Room& room) const {
+        const ConstView outlines = motif.outlines(), tones = motif.tones();
+        const int width = outlines.width, line = y - motif.top;
         const float reach[4] = {2.2f, 2.2f, 6, 6};
         for (int i = 0; i < 4; ++i) {
             shakes_[i].row(y, 0, width, room.bends[i].data());
@@ -153,13 +193,13 @@ class Hand {
         // Every outline twice, as the hand goes over it again and misses.
         for (int x = 0; x < width; ++x) {
             const auto i = static_cast<std::size_t>(x);
-            const float twice = at(outlines, x, y, room.bends[0][i], room.bends[1][i]);
-            const float again = at(outlines, x, y, room.bends[3][i], room.bends[0][i] * 2);
+            const float twice = at(outlines, x, line, room.bends[0][i], room.bends[1][i]);
+            const float again = at(outlines, x, line, room.bends[3][i], room.bends[0][i] * 2);
             room.paper[i] = (1 - twice) * (1 - 0.7f * again);
         }
         for (const Strokes& layer : layers_)
             shadeRow(layer, static_cast<float>(y), room.bends[2].data(), room.bends[3].data(),
-                     tones.row(y), room.paper.data(), width);
+                     tones.row(line), room.paper.data(), width);
     }
 
   private:
@@ -202,28 +242,40 @@ void paintRow(const std::vector<float>& paper, float darkness, const std::uint8_
     }
 }
 
+// Strip by strip, as the planes of a whole picture would take more memory than the picture.
 Raster drawn(const Raster& source, float darkness, double unit, Task& task) {
-    Motif motif;
-    {
-        const Task::Stage stage(task, 0, 0.4);
-        motif = motifOf(source, unit, task);
-    }
-    const Task::Stage stage(task, 0.4, 1);
     Raster result = Raster::uninitialized(source.type(), source.width(), source.height());
-    const ConstView from = source.view(), outlines = motif.outlines.view();
-    const ConstView tones = motif.tones.view();
+    const ConstView from = source.view();
     const View to = result.edit();
     const Hand hand(source.size(), unit);
     constexpr decltype(&paintRow<1, 1>) kernels[] = {paintRow<1, 1>, paintRow<2, 1>, paintRow<3, 3>,
                                                      paintRow<4, 3>};
     const auto paint = kernels[bytesPerPixel(from.type) - 1];
-    parallelRows(from.height, task, [&](int y0, int y1) {
-        Hand::Room room(from.width);
-        for (int y = y0; y < y1; ++y) {
-            hand.row(outlines, tones, y, room);
-            paint(room.paper, darkness, from.row(y), to.row(y));
+    // As far as blurs and misses of the hand reach. That much of each strip is done twice, and its
+    // marks take less memory than the picture.
+    const int reach = static_cast<int>(12 * unit) + 8, height = from.height;
+    const int most = 3 * bytesPerPixel(from.type) * reach;
+    const int strips = (height + most - 1) / most, strip = (height + strips - 1) / strips;
+    for (int begin = 0; begin < height; begin += strip) {
+        const int end = std::min(begin + strip, height), top = std::max(0, begin - reach);
+        const double done = static_cast<double>(begin) / height;
+        const double next = static_cast<double>(end) / height, middle = 0.6 * done + 0.4 * next;
+        Motif motif;
+        {
+            const Task::Stage stage(task, done, middle);
+            const int rows = std::min(end + reach, height) - top;
+            motif =
+                motifOf({from.row(top), from.stride, from.width, rows, from.type}, top, unit, task);
         }
-    });
+        const Task::Stage stage(task, middle, next);
+        parallelRows(end - begin, task, [&](int y0, int y1) {
+            Hand::Room room(from.width);
+            for (int y = begin + y0; y < begin + y1; ++y) {
+                hand.row(motif, y, room);
+                paint(room.paper, darkness, from.row(y), to.row(y));
+            }
+        });
+    }
     return result;
 }
 

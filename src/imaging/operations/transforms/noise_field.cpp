@@ -70,12 +70,13 @@ void NoiseField::row(int y, int x0, int count, float* out) const {
         &grid_[static_cast<std::size_t>(y / step_) * static_cast<std::size_t>(gridWidth_)];
     const float* below = above + gridWidth_;
     const float v = static_cast<float>(y % step_) * scale;
-    for (int i = 0; i < count; ++i) {
-        const int index = (x0 + i) / step_;
-        const float u = static_cast<float>((x0 + i) % step_) * scale;
+    for (int i = 0; i < count;) {
+        const int index = (x0 + i) / step_, first = (x0 + i) % step_;
+        const int end = std::min(count, i + step_ - first);
         const float left = above[index] + (below[index] - above[index]) * v;
         const float right = above[index + 1] + (below[index + 1] - above[index + 1]) * v;
-        out[i] = left + (right - left) * u;
+        for (int place = first; i < end; ++i, ++place)
+            out[i] = left + (right - left) * (static_cast<float>(place) * scale);
     }
 }
 
