@@ -8,6 +8,7 @@
 
 #include "basic/error.h"
 #include "imaging/operations/resample/resample.h"
+#include "imaging/operations/support/simd.h"
 #include "imaging/operations/support/warp.h"
 
 namespace kvn::imaging {
@@ -147,12 +148,36 @@ Rect coveredPart(const Homography& forward, const Raster& picture) {
     return part.isEmpty() ? Rect{0, 0, 1, 1} : part;
 }
 
+// A mapping from the result to the reduced picture.
+struct Projection {
+    Homography m;
+    double ahead; // the sign of the depth before the horizon
+    double scaleX, scaleY, shiftX, shiftY;
+};
+
+// Places behind the horizon lie nowhere.
+KVN_CLONES void placeRow(const Projection& p, int y, int x0, int count, float* toX, float* toY) {
+    constexpr float nowhere = std::numeric_limits<float>::quiet_NaN();
+    const double acrossX = p.m[0] * p.scaleX, startX = (p.m[1] * y + p.m[2]) * p.scaleX;
+    const double acrossY = p.m[3] * p.scaleY, startY = (p.m[4] * y + p.m[5]) * p.scaleY;
+    const double acrossDepth = p.m[6], startDepth = p.m[7] * y + 1;
+    const double ahead = p.ahead, shiftX = p.shiftX, shiftY = p.shiftY;
+    for (int i = 0; i < count; ++i) {
+        const double x = x0 + i;
+        const double depth = acrossDepth * x + startDepth;
+        const double scale = 1 / depth;
+        const auto u = static_cast<float>((acrossX * x + startX) * scale + shiftX);
+        const auto v = static_cast<float>((acrossY * x + startY) * scale + shiftY);
+        toX[i] = depth * ahead > 0 ? u : nowhere;
+        toY[i] = depth * ahead > 0 ? v : nowhere;
+    }
+}
+
 // What lies at `from` comes to lie at `to`. Places behind the horizon of the mapping show the
 // background, like places beyond the picture.
 Raster mapped(const Raster& picture, const Quadrilateral& from, const Quadrilateral& to,
               const char* name, Task& task) {
     const Homography m = homography(to, from, name);
-    const double side = m[6] * to[0].x + m[7] * to[0].y + 1;
     const WarpSettings settings{.size = picture.size(),
                                 .bordered = true,
                                 .background = {0, 0, 0, 0},
@@ -165,20 +190,12 @@ Raster mapped(const Raster& picture, const Quadrilateral& from, const Quadrilate
     }
     const double scaleX = static_cast<double>(source.width()) / picture.width();
     const double scaleY = static_cast<double>(source.height()) / picture.height();
-    const double shiftX = (scaleX - 1) / 2, shiftY = (scaleY - 1) / 2;
-    return warped(source, settings, task, [=](int y, int x0, int count, float* toX, float* toY) {
-        constexpr float nowhere = std::numeric_limits<float>::quiet_NaN();
-        for (int i = 0; i < count; ++i) {
-            const double x = x0 + i;
-            const double depth = m[6] * x + m[7] * y + 1;
-            const double scale = 1 / depth;
-            const bool ahead = depth * side > 0;
-            const double u = (m[0] * x + m[1] * y + m[2]) * scale * scaleX + shiftX;
-            const double v = (m[3] * x + m[4] * y + m[5]) * scale * scaleY + shiftY;
-            toX[i] = ahead ? static_cast<float>(u) : nowhere;
-            toY[i] = ahead ? static_cast<float>(v) : nowhere;
-        }
-    });
+    const Projection projection{
+        m, m[6] * to[0].x + m[7] * to[0].y + 1, scaleX, scaleY, (scaleX - 1) / 2, (scaleY - 1) / 2};
+    return warped(source, settings, task,
+                  [&projection](int y, int x0, int count, float* toX, float* toY) {
+                      placeRow(projection, y, x0, count, toX, toY);
+                  });
 }
 
 Quadrilateral pointsOf(const Arguments& arguments, std::size_t first) {

@@ -232,10 +232,12 @@ KVN_INLINE Floats sampleBordered(const WarpRow& row, int i) {
 
 // What is to be done for a pixel.
 enum Kind : std::uint8_t {
-    general,  // edges and areas
-    plain,    // well inside, and nothing shrinks
-    shrunk,   // well inside, and shrinks to no less than two fifths
-    farBeyond // background alone
+    general,   // edges and areas
+    farBeyond, // background alone
+    plain,     // well inside, and nothing shrinks
+    twoAcross, // well inside, shrinks to no less than two fifths: samples for a fast path
+    twoDown,   // follows from the one before by the number of samples
+    twoAcrossAndDown
 };
 
 // Sets the kind of every pixel.
@@ -251,8 +253,8 @@ KVN_CLONES void classify(const WarpRow& row) {
         const float ax = x[i + 1] - x[i], ay = y[i + 1] - y[i];
         const float dx = belowX[i] - x[i], dy = belowY[i] - y[i];
         const float across = ax * ax + ay * ay, down = dx * dx + dy * dy;
-        const int small = ((across <= limit) & (down <= limit)) | (counts ^ 1);
-        const int medium = (across <= areaLimit) & (down <= areaLimit) & (small ^ 1);
+        const int manyAcross = (across > limit) & counts, manyDown = (down > limit) & counts;
+        const int fast = ((across <= areaLimit) & (down <= areaLimit)) | (counts ^ 1);
         const int inside = (x[i] >= 1) & (y[i] >= 1) & (x[i] < right) & (y[i] < bottom);
         // A pixel this far out cannot touch the picture.
         const float reachX = 2 + spread * (std::abs(ax) + std::abs(dx));
@@ -261,7 +263,9 @@ KVN_CLONES void classify(const WarpRow& row) {
                             (y[i] > bottom + 1 + reachY);
         const int deep =
             (x[i] > reachX) & (y[i] > reachY) & (x[i] < right - reachX) & (y[i] < bottom - reachY);
-        kinds[i] = static_cast<std::uint8_t>((small & inside) * plain | (medium & deep) * shrunk |
+        const int one = (manyAcross | manyDown) ^ 1;
+        const int near = (one & inside) | ((one ^ 1) & deep);
+        kinds[i] = static_cast<std::uint8_t>((fast & near) * (plain + manyAcross + 2 * manyDown) |
                                              (outside & borders) * farBeyond);
     }
 }
@@ -292,37 +296,6 @@ KVN_INLINE void sampleOthers(const WarpRow& row, int begin, int end) {
     }
 }
 
-// Pixels whose area is the mean of two by two samples, each made by the fast path.
-template <int Channels>
-KVN_INLINE void sampleShrunk(const WarpRow& row, WarpRun fast, int begin, int end) {
-    constexpr int block = 256;
-    float x[block], y[block];
-    std::uint8_t bytes[block * Channels + 4];
-    std::uint16_t sums[block * Channels];
-    WarpRow one = row;
-    one.x = x;
-    one.y = y;
-    one.out = bytes;
-    for (int first = begin; first < end; first += block) {
-        const int count = std::min(block, end - first);
-        std::fill_n(sums, count * Channels, std::uint16_t{2}); // half of the divisor
-        for (int sample = 0; sample < 4; ++sample) {
-            const float a = sample & 1 ? 0.25f : -0.25f, d = sample & 2 ? 0.25f : -0.25f;
-            for (int i = 0; i < count; ++i) {
-                const Steps steps = stepsAt(row, first + i);
-                x[i] = row.x[first + i] + a * steps.acrossX + d * steps.downX;
-                y[i] = row.y[first + i] + a * steps.acrossY + d * steps.downY;
-            }
-            fast(one, 0, count);
-            for (int i = 0; i < count * Channels; ++i)
-                sums[i] = static_cast<std::uint16_t>(sums[i] + bytes[i]);
-        }
-        std::uint8_t* out = row.out + static_cast<std::ptrdiff_t>(first) * Channels;
-        for (int i = 0; i < count * Channels; ++i)
-            out[i] = static_cast<std::uint8_t>(sums[i] >> 2);
-    }
-}
-
 template <int Channels, bool Weighted>
 KVN_INLINE void sampleRow(const WarpRow& row) {
     classify(row);
@@ -331,14 +304,12 @@ KVN_INLINE void sampleRow(const WarpRow& row) {
         const std::uint8_t kind = row.kinds[begin];
         while (end < row.count && row.kinds[end] == kind)
             ++end;
-        if (kind == shrunk && fast)
-            sampleShrunk<Channels>(row, fast, begin, end);
-        else if (kind != plain)
-            sampleOthers<Channels, Weighted>(row, begin, end);
-        else if (fast)
-            fast(row, begin, end);
-        else
+        if (kind >= plain && fast)
+            fast(row, begin, end, 1 + ((kind - plain) & 1), 1 + ((kind - plain) >> 1));
+        else if (kind == plain)
             samplePlain<Channels, Weighted>(row, begin, end);
+        else
+            sampleOthers<Channels, Weighted>(row, begin, end);
     }
 }
 
