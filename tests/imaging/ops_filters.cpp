@@ -6,6 +6,7 @@
 #include <tuple>
 
 #include "basic/error.h"
+#include "imaging/operations/support/hidden_colors.h"
 #include "imaging/support/filter_reference.h"
 #include "reference/instruction_sets.h"
 #include "reference/pictures.h"
@@ -23,6 +24,15 @@ void onEveryPicture(const std::function<void(const Raster& picture, const Raster
             const Raster picture = noise(type, size, 5);
             work(picture, withoutPalette(picture));
         }
+}
+
+// The same, seen as by filters that do not weigh colours by their alpha.
+void onEveryVisiblePicture(
+    const std::function<void(const Raster& picture, const Raster& seen)>& work) {
+    onEveryPicture([&](const Raster& picture, const Raster& seen) {
+        Task task;
+        work(picture, withoutHiddenColors(seen, task));
+    });
 }
 
 double clamped(double value) {
@@ -85,6 +95,7 @@ class FiltersTest : public QObject {
     void cannyOutlinesAreThinAndConnected();
     void neutralArgumentsChangeNothing();
     void flatStaysFlat();
+    void hiddenColorsDoNotShow();
 };
 
 void FiltersTest::blurMixesWithTheMean() {
@@ -165,10 +176,13 @@ void FiltersTest::gaussianIsTrue() {
 }
 
 void FiltersTest::medianIsExact() {
-    const auto check = [](const Raster& picture, const Raster& seen) {
+    const auto check = [](const Raster& picture, const Raster& all) {
+        Task task;
+        const Raster visible = withoutHiddenColors(all, task);
         for (const int size : {3, 5, 9, 15, 19})
             for (const bool ignore : {false, true}) {
                 const Raster result = runOne("Effects.MedianCut", picture, {whole(size), ignore});
+                const Raster& seen = ignore ? all : visible;
                 const auto expected = [&](int x, int y, int c) {
                     if (size > 9 && (x + y) % 7) return -1.0;
                     if (ignore && c == 3) return double(channelAt(seen, x, y, 3));
@@ -189,12 +203,15 @@ void FiltersTest::medianIsExact() {
 }
 
 void FiltersTest::extremesAreExact() {
-    onEveryPicture([](const Raster& picture, const Raster& seen) {
+    onEveryPicture([](const Raster& picture, const Raster& all) {
+        Task task;
+        const Raster visible = withoutHiddenColors(all, task);
         for (const int size : {2, 3, 5, 15, 27})
             for (const bool ignore : {false, true}) {
                 const std::vector<Value> values{whole(size), ignore};
                 const Raster least = runOne("Effects.Minimum", picture, values);
                 const Raster greatest = runOne("Effects.Maximum", picture, values);
+                const Raster& seen = ignore ? all : visible;
                 const auto expected = [&](bool most) {
                     return [&, most](int x, int y, int c) {
                         if (ignore && c == 3) return double(channelAt(seen, x, y, 3));
@@ -374,7 +391,7 @@ void FiltersTest::tablesLieAsTheyAreRead() {
             QCOMPARE_LE(largestDifference(result, expected), 0.51);
         }
     };
-    onEveryPicture(check);
+    onEveryVisiblePicture(check);
     const Raster picture = noise(ImageType::Rgb24, {63, 11});
     onEveryInstructionSet([&] { check(picture, picture); });
     Task task;
@@ -387,7 +404,7 @@ void FiltersTest::tablesLieAsTheyAreRead() {
 
 void FiltersTest::matrixWorksAgainstThePicture() {
     const Matrix matrix{3, 3, {0, 0, 1, -1, -2, -1, 0, 0, 1}};
-    onEveryPicture([&](const Raster& picture, const Raster& seen) {
+    onEveryVisiblePicture([&](const Raster& picture, const Raster& seen) {
         for (const bool difference : {false, true})
             for (const bool opposed : {false, true}) {
                 const Raster result = runOne("Effects.ApplyMatrix", picture,
@@ -408,7 +425,7 @@ void FiltersTest::matrixWorksAgainstThePicture() {
 // A matrix of differences: bright lines whichever side is the brighter one, on the bias.
 void FiltersTest::matrixDrawsLines() {
     const Matrix matrix{3, 3, {-0.5, 0, -0.5, 0, 2, 0, -0.5, 0, -0.5}};
-    onEveryPicture([&](const Raster& picture, const Raster& seen) {
+    onEveryVisiblePicture([&](const Raster& picture, const Raster& seen) {
         const Raster result =
             runOne("Effects.ApplyMatrix", picture, {matrix, 50.0, whole(7), false, false});
         const auto expected = [&](int x, int y, int c) {
@@ -422,7 +439,7 @@ void FiltersTest::matrixDrawsLines() {
 void FiltersTest::edgesAreGradients() {
     const Matrix across{3, 3, {-1, 0, 1, -2, 0, 2, -1, 0, 1}},
         down{3, 3, {-1, -2, -1, 0, 0, 0, 1, 2, 1}};
-    onEveryPicture([&](const Raster& picture, const Raster& seen) {
+    onEveryVisiblePicture([&](const Raster& picture, const Raster& seen) {
         const Raster result = runOne("Effects.EdgeDetection", picture, {whole(30)});
         const auto expected = [&](int x, int y, int c) {
             if (c == 3) return double(channelAt(seen, x, y, 3));
@@ -475,7 +492,7 @@ void FiltersTest::morphologyTakesTheKernel() {
         }
         return result;
     };
-    onEveryPicture([&](const Raster& picture, const Raster& seen) {
+    onEveryVisiblePicture([&](const Raster& picture, const Raster& seen) {
         std::vector<Raster> results;
         for (int operation = 0; operation < 5; ++operation)
             results.push_back(runOne("Effects.Morphology", picture, {kernel, whole(operation)}));
@@ -521,7 +538,7 @@ void FiltersTest::embossLightsTheGround() {
             QCOMPARE_LE(largestDifference(result, expected), 0.51);
         }
     };
-    onEveryPicture(check);
+    onEveryVisiblePicture(check);
     const Raster picture = noise(ImageType::Rgb24, {50, 12});
     onEveryInstructionSet([&] { check(picture, picture); });
 }
@@ -615,6 +632,45 @@ void FiltersTest::flatStaysFlat() {
             for (const auto& [name, values] : filters)
                 QVERIFY2(runOne(name, flat, values).samePixels(flat), name);
         }
+}
+
+// What lies under alpha 0 must not show in what is visible, nor must the rim of a cut-out.
+void FiltersTest::hiddenColorsDoNotShow() {
+    const Matrix kernel{3, 3, {1, 1, 1, 1, 2, 1, 1, 1, 1}},
+        table{3, 3, {1, 2, 3, 0, 0, 0, 3, 0, 1}};
+    const std::pair<const char*, std::vector<Value>> filters[] = {
+        {"Effects.ApplyFilter", {table, 10.0, whole(0)}},
+        {"Effects.ApplyMatrix", {table, 10.0, whole(0), true, false}},
+        {"Effects.CannyEdge", {whole(100), whole(10), whole(20)}},
+        {"Effects.Despeckle", {}},
+        {"Effects.EdgeDetection", {whole(100)}},
+        {"Effects.Emboss", {whole(45), whole(45), whole(4), true}},
+        {"Effects.MedianCut", {whole(5), false}},
+        {"Effects.Minimum", {whole(3), false}},
+        {"Effects.Maximum", {whole(3), false}},
+        {"Effects.Morphology", {kernel, whole(2)}},
+    };
+    Raster cut = waves({53, 41}, true), flat = cut;
+    for (int y = 0; y < cut.height(); ++y)
+        for (int x = 0; x < cut.width(); ++x) {
+            const bool clear = (x - 30) * (x - 30) + (y - 15) * (y - 15) > 140;
+            if (clear) cut.setPixel(x, y, {0, 0, 0, 0});
+            flat.setPixel(x, y, clear ? Rgba{0, 0, 0, 0} : Rgba{200, 120, 40, 255});
+        }
+    Raster other = cut;
+    for (int y = 0; y < cut.height(); ++y)
+        for (int x = 0; x < cut.width(); ++x)
+            if (cut.pixel(x, y).a == 0) other.setPixel(x, y, {255, 0, std::uint8_t(7 * x), 0});
+    for (const auto& [name, values] : filters) {
+        const Raster one = runOne(name, cut, values), two = runOne(name, other, values);
+        for (int y = 0; y < cut.height(); ++y)
+            for (int x = 0; x < cut.width(); ++x)
+                if (one.pixel(x, y).a > 0 || two.pixel(x, y).a > 0)
+                    QVERIFY2(one.pixel(x, y) == two.pixel(x, y), name);
+    }
+    const Raster edges = runOne("Effects.EdgeDetection", flat, {whole(100)});
+    QCOMPARE(edges.pixel(30, 15 - 11), (Rgba{0, 0, 0, 255}));
+    QCOMPARE(edges.pixel(30 + 11, 15), (Rgba{0, 0, 0, 255}));
 }
 
 QTEST_GUILESS_MAIN(FiltersTest)

@@ -11,6 +11,7 @@
 #include "imaging/operations/filters/gauss.h"
 #include "imaging/operations/filters/gauss_kernels.h"
 #include "imaging/operations/filters/window_rows.h"
+#include "imaging/operations/support/hidden_colors.h"
 #include "imaging/operations/support/simd.h"
 
 namespace kvn::imaging {
@@ -243,7 +244,7 @@ const Operation cannyEdgeOperation = {
     .name = "Effects.CannyEdge",
     .undoName = "Canny Edge Detection",
     .arguments = cannyEdgeArguments,
-    .run = cannyEdge,
+    .run = overVisibleColors<cannyEdge>,
     .border = -1,
     .alpha = AlphaRule::ColorOnly,
     .note = "Thin, connected outlines on black.",

@@ -12,8 +12,9 @@ namespace kvn::imaging {
 // are percents of a gradient of 255; the lesser one is taken as low. Edges get 255 * intensity,
 // the rest becomes black.
 //
-// Palette and 1-bit pictures become 24-bit, 32-bit with alpha; the other types stay. Alpha stays
-// and does not count. Edge pixels are repeated outwards.
+// Palette and 1-bit pictures become 24-bit, 32-bit with alpha; the other types stay. Alpha stays,
+// and clear pixels count in the colour of visible ones beside them. Edge pixels are repeated
+// outwards.
 extern const Operation cannyEdgeOperation;
 
 } // namespace kvn::imaging

@@ -10,6 +10,7 @@
 #include "imaging/operations/filters/convolve_kernels.h"
 #include "imaging/operations/filters/gauss_kernels.h"
 #include "imaging/operations/filters/window_rows.h"
+#include "imaging/operations/support/hidden_colors.h"
 #include "imaging/operations/support/simd.h"
 
 namespace kvn::imaging {
@@ -300,7 +301,7 @@ const Operation applyFilterOperation = {
     .name = "Effects.ApplyFilter",
     .undoName = "Custom Filter",
     .arguments = applyFilterArguments,
-    .run = applyFilter,
+    .run = overVisibleColors<applyFilter>,
     .border = -1,
     .alpha = AlphaRule::ColorOnly,
     .note = "Weighs the pixels around every pixel by a table.",
@@ -310,7 +311,7 @@ const Operation applyMatrixOperation = {
     .name = "Effects.ApplyMatrix",
     .undoName = "Custom Matrix",
     .arguments = applyMatrixArguments,
-    .run = applyMatrix,
+    .run = overVisibleColors<applyMatrix>,
     .border = 1,
     .alpha = AlphaRule::ColorOnly,
     .note = "Weighs the nine pixels around every pixel, on their own or against the picture.",
@@ -320,7 +321,7 @@ const Operation edgeDetectionOperation = {
     .name = "Effects.EdgeDetection",
     .undoName = "Edge Detection",
     .arguments = edgeDetectionArguments,
-    .run = edgeDetection,
+    .run = overVisibleColors<edgeDetection>,
     .border = 1,
     .alpha = AlphaRule::ColorOnly,
     .note = "Bright edges on black.",

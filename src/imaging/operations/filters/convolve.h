@@ -1,5 +1,6 @@
 // Filters by a small table of coefficients. Palette and 1-bit pictures become 24-bit, 32-bit with
-// alpha; the other types stay. Alpha stays and does not count. Edge pixels are repeated outwards.
+// alpha; the other types stay. Alpha stays, and clear pixels count in the colour of visible ones
+// beside them. Edge pixels are repeated outwards.
 #pragma once
 
 #include "imaging/operation.h"

@@ -9,6 +9,7 @@
 #include "imaging/convert_rows.h"
 #include "imaging/operations/filters/relief_kernels.h"
 #include "imaging/operations/filters/window_rows.h"
+#include "imaging/operations/support/hidden_colors.h"
 #include "imaging/operations/support/simd.h"
 
 namespace kvn::imaging {
@@ -111,7 +112,7 @@ const Operation embossOperation = {
     .name = "Effects.Emboss",
     .undoName = "Emboss",
     .arguments = embossArguments,
-    .run = emboss,
+    .run = overVisibleColors<emboss>,
     .border = -1,
     .alpha = AlphaRule::ColorOnly,
     .note = "The picture as a relief under a lamp.",

@@ -13,9 +13,10 @@ namespace kvn::imaging {
 // texture, the picture is multiplied by it, so that flat ground keeps its colour. Offset 0 changes
 // nothing.
 //
-// Palette and 1-bit pictures become 24-bit, 32-bit with alpha; the other types stay. Alpha stays.
-// Edge pixels are repeated outwards. (B. T. Phong's diffuse term; J. Schlag, Fast embossing
-// effects on raster image data, Graphics Gems IV, 1994.)
+// Palette and 1-bit pictures become 24-bit, 32-bit with alpha; the other types stay. Alpha stays,
+// and clear pixels lie as high as visible ones beside them. Edge pixels are repeated outwards. (B.
+// T. Phong's diffuse term; J. Schlag, Fast embossing effects on raster image data, Graphics Gems
+// IV, 1994.)
 extern const Operation embossOperation;
 
 } // namespace kvn::imaging

@@ -7,6 +7,7 @@
 #include "basic/error.h"
 #include "imaging/operations/filters/rank_kernels.h"
 #include "imaging/operations/filters/window_rows.h"
+#include "imaging/operations/support/hidden_colors.h"
 #include "imaging/operations/support/simd.h"
 
 namespace kvn::imaging {
@@ -139,7 +140,7 @@ const Operation morphologyOperation = {
     .name = "Effects.Morphology",
     .undoName = "Morphological Filter",
     .arguments = morphologyArguments,
-    .run = morphology,
+    .run = overVisibleColors<morphology>,
     .border = -1,
     .alpha = AlphaRule::ColorOnly,
     .note = "Grows or shrinks what is bright by a kernel.",

@@ -8,6 +8,7 @@
 #include "imaging/operations/filters/rank_kernels.h"
 #include "imaging/operations/filters/window_rows.h"
 #include "imaging/operations/support/bands.h"
+#include "imaging/operations/support/hidden_colors.h"
 
 namespace kvn::imaging {
 namespace {
@@ -86,12 +87,18 @@ Raster despeckle(const Raster& source, const Arguments&, Task& task) {
         });
 }
 
+// Where alpha is ignored every colour counts, seen or not.
+template <Raster (*Run)(const Raster&, const Arguments&, Task&)>
+Raster unlessIgnored(const Raster& source, const Arguments& arguments, Task& task) {
+    return (arguments.boolean(1) ? Run : overVisibleColors<Run>)(source, arguments, task);
+}
+
 } // namespace
 
 const Operation despeckleOperation = {
     .name = "Effects.Despeckle",
     .undoName = "Despeckle",
-    .run = despeckle,
+    .run = overVisibleColors<despeckle>,
     .border = 1,
     .alpha = AlphaRule::ColorOnly,
     .note = "Removes specks of one or two pixels and leaves lines and edges.",
@@ -101,7 +108,7 @@ const Operation medianCutOperation = {
     .name = "Effects.MedianCut",
     .undoName = "Median Cut",
     .arguments = rankArguments,
-    .run = medianCut,
+    .run = unlessIgnored<medianCut>,
     .border = -1,
     .alpha = AlphaRule::EveryChannel,
     .note = "The median of the square window around every pixel.",
@@ -111,7 +118,7 @@ const Operation minimumOperation = {
     .name = "Effects.Minimum",
     .undoName = "Minimum",
     .arguments = rankArguments,
-    .run = minimum,
+    .run = unlessIgnored<minimum>,
     .border = -1,
     .alpha = AlphaRule::EveryChannel,
     .note = "The least value of the square window around every pixel.",
@@ -121,7 +128,7 @@ const Operation maximumOperation = {
     .name = "Effects.Maximum",
     .undoName = "Maximum",
     .arguments = rankArguments,
-    .run = maximum,
+    .run = unlessIgnored<maximum>,
     .border = -1,
     .alpha = AlphaRule::EveryChannel,
     .note = "The greatest value of the square window around every pixel.",
