@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <utility>
 
 #include "imaging/operations/art/art.h"
 #include "imaging/operations/art/multiplied.h"
@@ -14,6 +15,7 @@ namespace {
 
 constexpr double farthest = 1000;
 constexpr int mostSteps = 10;
+enum Style { Linear, Radial, Zoom };
 
 constexpr Argument motionArguments[] = {
     {"distance", ArgumentKind::Number, 0, farthest, "px", "length of the way; clamped"},
@@ -22,36 +24,37 @@ constexpr Argument motionArguments[] = {
     {"style", ArgumentKind::Integer, 0, 2, "", "linear, radial, zoom; clamped"},
 };
 
-Raster moved(const Raster& source, const Arguments& arguments, Task& task) {
+Raster moved(Raster source, Style style, const Arguments& arguments, Task& task) {
     const double distance = std::clamp(std::abs(arguments.number(0)), 0.0, farthest);
     // The way at the rim of the largest circle in the picture.
     const double turn = distance / (std::min(source.width(), source.height()) / 2.0);
-    switch (std::clamp(arguments.integer(3), 0, 2)) {
-    case 0: {
+    switch (style) {
+    case Linear: {
         // Exact for the axes, so that they move along whole pixels.
         const double angle = std::remainder(arguments.number(2), 360) * std::numbers::pi / 180;
         const auto exact = [](double v) { return std::round(v * 1e12) / 1e12; };
         return streaked(source, distance, exact(std::cos(angle)), exact(-std::sin(angle)), task);
     }
-    case 1:
-        return spun(source, std::min(turn, 2 * std::numbers::pi), task);
+    case Radial:
+        return spun(std::move(source), std::min(turn, 2 * std::numbers::pi), task);
     default:
-        return zoomed(source, std::min(turn, 4.0), task);
+        return zoomed(std::move(source), std::min(turn, 4.0), task);
     }
 }
 
 Raster motionBlur(const Raster& picture, const Arguments& arguments, Task& task) {
     if (arguments.number(0) == 0) return picture;
     const Raster source = promoted(picture, task);
-    const bool weighted = !isOpaque(source);
+    const auto style = static_cast<Style>(std::clamp(arguments.integer(3), 0, int{Zoom}));
+    const bool weighted = style != Linear && !isOpaque(source);
     Raster result = weighted ? multiplied(source, task) : source;
     const int steps = std::clamp(arguments.integer(1), 1, mostSteps);
     for (int step = 0; step < steps; ++step) {
         const Task::Stage stage(task, static_cast<double>(step) / steps,
                                 static_cast<double>(step + 1) / steps);
-        result = moved(result, arguments, task);
+        result = moved(std::move(result), style, arguments, task);
     }
-    return weighted ? straightened(result, source, task) : result;
+    return weighted ? straightened(std::move(result), source, task) : result;
 }
 
 } // namespace

@@ -2,50 +2,64 @@
 
 #include <algorithm>
 
+#include "imaging/operations/support/simd.h"
 #include "imaging/rgba.h"
 
 namespace kvn::imaging {
 namespace {
 
-// `pixel(in, out)` makes one pixel.
-template <class Pixel>
-Raster everyPixel(const Raster& source, Task& task, const Pixel& pixel) {
-    Raster result = Raster::uninitialized(source.type(), source.width(), source.height());
-    const ConstView from = source.view();
-    const View to = result.edit();
-    const std::size_t step = static_cast<std::size_t>(bytesPerPixel(from.type));
-    parallelRows(from.height, task, [&](int y0, int y1) {
-        for (int y = y0; y < y1; ++y)
-            for (std::size_t i = 0; i < step * static_cast<std::size_t>(from.width); i += step)
-                pixel(y, i, from.row(y) + i, to.row(y) + i);
-    });
-    return result;
+template <int channels>
+inline __attribute__((always_inline)) void multiplyPixels(const std::uint8_t* __restrict in,
+                                                          std::uint8_t* __restrict out, int width) {
+    for (int x = 0; x < width; ++x, in += channels, out += channels) {
+        for (int c = 0; c < channels - 1; ++c)
+            out[c] = mul255(in[c], in[channels - 1]);
+        out[channels - 1] = in[channels - 1];
+    }
+}
+KVN_CLONES void multiplyRow(const std::uint8_t* in, std::uint8_t* out, int width, int channels) {
+    channels == 4 ? multiplyPixels<4>(in, out, width) : multiplyPixels<2>(in, out, width);
+}
+
+template <int channels>
+inline __attribute__((always_inline)) void
+straightenPixels(const std::uint8_t* __restrict before, std::uint8_t* __restrict row, int width) {
+    for (int x = 0; x < width; ++x, before += channels, row += channels) {
+        const int alpha = row[channels - 1];
+        const float scale = 255.0f / static_cast<float>(alpha > 0 ? alpha : 1);
+        for (int c = 0; c < channels - 1; ++c) {
+            const int color = static_cast<int>(static_cast<float>(row[c]) * scale + 0.5f);
+            row[c] = static_cast<std::uint8_t>(alpha == 0 ? before[c] : color < 255 ? color : 255);
+        }
+    }
+}
+KVN_CLONES void straightenRow(const std::uint8_t* before, std::uint8_t* row, int width,
+                              int channels) {
+    channels == 4 ? straightenPixels<4>(before, row, width)
+                  : straightenPixels<2>(before, row, width);
 }
 
 } // namespace
 
 Raster multiplied(const Raster& source, Task& task) {
-    const int last = bytesPerPixel(source.type()) - 1;
-    return everyPixel(source, task,
-                      [last](int, std::size_t, const std::uint8_t* in, std::uint8_t* out) {
-                          for (int c = 0; c < last; ++c)
-                              out[c] = mul255(in[c], in[last]);
-                          out[last] = in[last];
-                      });
+    Raster result = Raster::uninitialized(source.type(), source.width(), source.height());
+    const ConstView from = source.view();
+    const View to = result.edit();
+    parallelRows(from.height, task, [&](int y0, int y1) {
+        for (int y = y0; y < y1; ++y)
+            multiplyRow(from.row(y), to.row(y), from.width, bytesPerPixel(from.type));
+    });
+    return result;
 }
 
-Raster straightened(const Raster& mixed, const Raster& source, Task& task) {
-    const int last = bytesPerPixel(mixed.type()) - 1;
+Raster straightened(Raster mixed, const Raster& source, Task& task) {
     const ConstView before = source.view();
-    return everyPixel(
-        mixed, task, [=](int y, std::size_t i, const std::uint8_t* in, std::uint8_t* out) {
-            const int alpha = in[last];
-            for (int c = 0; c < last; ++c)
-                out[c] = alpha == 0 ? before.row(y)[i + static_cast<std::size_t>(c)]
-                                    : static_cast<std::uint8_t>(
-                                          std::min(255, (in[c] * 255 + alpha / 2) / alpha));
-            out[last] = in[last];
-        });
+    const View rows = mixed.edit();
+    parallelRows(rows.height, task, [&](int y0, int y1) {
+        for (int y = y0; y < y1; ++y)
+            straightenRow(before.row(y), rows.row(y), rows.width, bytesPerPixel(rows.type));
+    });
+    return mixed;
 }
 
 } // namespace kvn::imaging

@@ -10,6 +10,6 @@ namespace kvn::imaging {
 // For the types with alpha: c * a / 255, rounded.
 Raster multiplied(const Raster& source, Task& task);
 // Back to straight colours; where nothing is visible, those of `source`.
-Raster straightened(const Raster& mixed, const Raster& source, Task& task);
+Raster straightened(Raster mixed, const Raster& source, Task& task);
 
 } // namespace kvn::imaging

@@ -3,17 +3,18 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <cstring>
+#include <initializer_list>
 #include <vector>
 
-#include "imaging/operations/filters/padded_rows.h"
+#include "imaging/operations/art/streak_kernels.h"
+#include "imaging/operations/support/color_maps.h"
 #include "imaging/operations/support/simd.h"
 
 namespace kvn::imaging {
 namespace {
 
-// Sums are kept in 1/128 of a level, weights in 1/65536.
-constexpr int fraction = 7;
-
+// Weights are in 1/65536, sums in 1/256 of a level.
 struct Tap {
     int row, column;
     std::uint16_t weight;
@@ -21,7 +22,10 @@ struct Tap {
 
 struct Taps {
     std::vector<Tap> list{};
-    int rows = 0, columns = 0; // how far they reach on either side
+    int first = 0, last = 0; // the rows that they reach from the middle
+    int columns = 0;         // how far they reach on either side
+
+    int rows() const { return last - first + 1; }
 };
 
 // The line: `major` pixels along the longer axis, on which it moves by `slope` along the other.
@@ -41,16 +45,29 @@ void addPlace(Taps& taps, const Line& line, int place, double weight) {
         const int other = static_cast<int>(floor) + i;
         const Tap tap{line.steep ? place : other, line.steep ? other : place,
                       static_cast<std::uint16_t>(std::min(units, 65535L))};
-        taps.list.push_back(tap);
-        taps.rows = std::max(taps.rows, std::abs(tap.row));
+        const bool isFirst = taps.list.empty();
+        taps.first = isFirst ? tap.row : std::min(taps.first, tap.row);
+        taps.last = isFirst ? tap.row : std::max(taps.last, tap.row);
         taps.columns = std::max(taps.columns, std::abs(tap.column));
+        taps.list.push_back(tap);
     }
 }
 
-// The line as `count` means of `block` pixels each, and the single pixels that are left at its
-// ends. Count and block are odd, so that everything has a middle.
+// Gives what rounding lost to the middle tap, so that flat places stay as they are.
+void makeWhole(Taps& middle, std::initializer_list<const Taps*> all) {
+    long rest = 65536;
+    for (const Taps* taps : all)
+        for (const Tap& tap : taps->list)
+            rest -= tap.weight;
+    std::uint16_t& weight = middle.list[middle.list.size() / 2].weight;
+    weight = static_cast<std::uint16_t>(std::clamp(weight + rest, 1L, 65535L));
+}
+
+// The line as `count` means of `block` pixels each, and the single pixels that are left: those
+// before the blocks and those behind them, or all of them behind. Count and block are odd, so that
+// everything has a middle.
 struct Kernel {
-    Taps block{}, blocks{}, singles{};
+    Taps block{}, blocks{}, before{}, behind{};
 
     explicit Kernel(const Line& line) {
         const int reach = static_cast<int>(std::ceil((line.major - 1) / 2 - 1e-9));
@@ -69,117 +86,234 @@ struct Kernel {
                 addPlace(block, line, k, 1.0 / length);
             for (int k = -(count / 2); k <= count / 2; ++k)
                 addPlace(blocks, line, k * length, weight * length);
+            makeWhole(block, {&block});
         }
         for (int k = -reach; k <= reach; ++k)
             if (std::abs(k) > covered)
-                addPlace(singles, line, k, std::abs(k) == reach ? weight * end : weight);
+                addPlace(k < 0 && count > 1 ? before : behind, line, k,
+                         std::abs(k) == reach ? weight * end : weight);
+        makeWhole(count > 1 ? blocks : behind, {&blocks, &before, &behind});
+    }
+    int reach() const {
+        return std::max({block.last + blocks.last, behind.last, -behind.first, -before.first});
     }
 };
 
 constexpr std::size_t piece = 1024;
+constexpr std::size_t slack = 256; // entries behind a row that whole vectors reach
 
-KVN_CLONES void addTap(const std::uint8_t* __restrict in, std::uint16_t weight,
-                       std::uint16_t* __restrict sums, std::size_t count) {
-    for (std::size_t i = 0; i < count; ++i) {
-        const auto value = static_cast<std::uint16_t>(in[i] << fraction);
-        sums[i] = static_cast<std::uint16_t>(sums[i] +
-                                             ((static_cast<std::uint32_t>(value) * weight) >> 16));
+// Rows of samples that are made when they are first wanted; the last ones are kept.
+template <class T>
+class Ring {
+  public:
+    Ring(int rows, std::size_t samples)
+        : rows_(static_cast<std::size_t>(rows)), made_(rows_.size(), none), samples_(samples) {}
+
+    template <class Make>
+    const T* row(int y, const Make& make) {
+        const int size = static_cast<int>(rows_.size());
+        const auto place = static_cast<std::size_t>((y % size + size) % size);
+        if (made_[place] != y) {
+            rows_[place].resize(samples_ + slack);
+            make(rows_[place].data());
+            made_[place] = y;
+        }
+        return rows_[place].data();
     }
+
+  private:
+    static constexpr int none = -1'000'000'000;
+    std::vector<std::vector<T>> rows_;
+    std::vector<int> made_;
+    std::size_t samples_;
+};
+
+// The sum over some taps in rows of their own.
+template <class T>
+class TapSum {
+  public:
+    explicit TapSum(const Taps& taps) : taps_(taps) {
+        for (const Tap& tap : taps.list)
+            weights_.push_back(tap.weight);
+        starts_.resize(weights_.size());
+        shifted_.resize(weights_.size());
+    }
+    // Every product loses half a unit on average.
+    std::size_t lost() const { return weights_.size(); }
+
+    // `rowAt(k)` is the row k below the middle one and begins as far before as the taps reach.
+    template <class RowAt>
+    void moveTo(int channels, const RowAt& rowAt) {
+        for (std::size_t k = 0; k < starts_.size(); ++k)
+            starts_[k] = rowAt(taps_.list[k].row) +
+                         std::ptrdiff_t{taps_.list[k].column + taps_.columns} * channels;
+    }
+    void add(std::size_t begin, std::uint16_t* sums, std::size_t count) {
+        for (std::size_t k = 0; k < starts_.size(); ++k)
+            shifted_[k] = starts_[k] + begin;
+        addTaps(shifted_.data(), weights_.data(), weights_.size(), sums, count);
+    }
+
+  private:
+    const Taps& taps_;
+    std::vector<std::uint16_t> weights_;
+    std::vector<const T*> starts_, shifted_;
+};
+
+void readPixels(const std::uint8_t* pixels, std::uint8_t* out, int count, int channels) {
+    std::memcpy(out, pixels, static_cast<std::size_t>(count) * static_cast<std::size_t>(channels));
 }
 
-KVN_CLONES void addTap(const std::uint16_t* __restrict in, std::uint16_t weight,
-                       std::uint16_t* __restrict sums, std::size_t count) {
-    for (std::size_t i = 0; i < count; ++i)
-        sums[i] = static_cast<std::uint16_t>(sums[i] +
-                                             ((static_cast<std::uint32_t>(in[i]) * weight) >> 16));
+// In 1/256 of a level, and colours times alpha.
+template <int channels>
+inline __attribute__((always_inline)) void
+multiplyPixels(const std::uint8_t* __restrict pixels, std::uint16_t* __restrict out, int count) {
+    for (int x = 0; x < count; ++x, pixels += channels, out += channels) {
+        const int alpha = pixels[channels - 1];
+        for (int c = 0; c < channels - 1; ++c)
+            out[c] = static_cast<std::uint16_t>(
+                static_cast<float>(pixels[c] * alpha) * (256.0f / 255) + 0.5f);
+        out[channels - 1] = static_cast<std::uint16_t>(alpha << 8);
+    }
+}
+KVN_CLONES void readPixels(const std::uint8_t* pixels, std::uint16_t* out, int count,
+                           int channels) {
+    if (channels == 4) return multiplyPixels<4>(pixels, out, count);
+    multiplyPixels<2>(pixels, out, count);
+}
+
+// The pixels from `begin` to `end` of a row, which may lie beyond its ends.
+template <class T>
+void readRow(const ConstView& view, int y, int begin, int end, T* out) {
+    const int channels = bytesPerPixel(view.type), first = std::max(begin, 0);
+    const int last = std::min(end, view.width);
+    T* const inside = out + std::ptrdiff_t{first - begin} * channels;
+    readPixels(view.row(y) + std::ptrdiff_t{first} * channels, inside, last - first, channels);
+    for (T* to = out; to != inside; to += channels)
+        std::copy_n(inside, channels, to);
+    T* to = inside + std::ptrdiff_t{last - first} * channels;
+    for (int x = last; x < end; ++x, to += channels)
+        std::copy_n(to - channels, channels, to);
 }
 
 KVN_CLONES void toLevels(const std::uint16_t* __restrict sums, std::uint8_t* __restrict out,
                          std::size_t count) {
     for (std::size_t i = 0; i < count; ++i) {
-        const int level = (sums[i] + (1 << (fraction - 1))) >> fraction;
+        const int level = (sums[i] + 128) >> 8;
         out[i] = static_cast<std::uint8_t>(level < 255 ? level : 255);
     }
 }
 
-// Adds up the entries from `begin` on; `rows[k]` is the row k - reach, `origin` the entry of column
-// 0.
+template <int channels>
+inline __attribute__((always_inline)) void
+toStraight(const std::uint16_t* __restrict sums, const std::uint8_t* __restrict pixels,
+           std::uint8_t* __restrict out, std::size_t count) {
+    for (std::size_t i = 0; i < count; i += channels) {
+        const int alpha = sums[i + channels - 1], level = (alpha + 128) >> 8;
+        const float scale = 255.0f / static_cast<float>(alpha > 0 ? alpha : 1);
+        for (std::size_t c = 0; c < channels - 1; ++c) {
+            const int color = static_cast<int>(static_cast<float>(sums[i + c]) * scale + 0.5f);
+            out[i + c] = static_cast<std::uint8_t>(level == 0    ? pixels[i + c]
+                                                   : color < 255 ? color
+                                                                 : 255);
+        }
+        out[i + channels - 1] = static_cast<std::uint8_t>(level < 255 ? level : 255);
+    }
+}
+// Back from colours times alpha; where nothing is visible, those of `pixels`.
+KVN_CLONES void toStraight(int channels, const std::uint16_t* sums, const std::uint8_t* pixels,
+                           std::uint8_t* out, std::size_t count) {
+    if (channels == 4) return toStraight<4>(sums, pixels, out, count);
+    toStraight<2>(sums, pixels, out, count);
+}
+
+// Makes some columns of one band, from the top downwards. T: bytes, or words for colours that are
+// multiplied by their alpha.
 template <class T>
-void addTaps(const Taps& taps, const T* const* rows, std::size_t origin, int channels,
-             std::size_t begin, std::uint16_t* sums, std::size_t count) {
-    for (const Tap& tap : taps.list)
-        addTap(rows[tap.row + taps.rows] + static_cast<std::ptrdiff_t>(origin + begin) +
-                   static_cast<std::ptrdiff_t>(tap.column) * channels,
-               tap.weight, sums, count);
-}
-
-// Every product loses half a unit on average.
-std::uint16_t startFor(const Taps& a, const Taps& b) {
-    return static_cast<std::uint16_t>((a.list.size() + b.list.size()) / 2);
-}
-
-// Makes the rows of one band, from the top downwards.
-class Rows {
+class Stripe {
   public:
-    Rows(const ConstView& view, const Kernel& kernel)
-        : view_(view), kernel_(kernel),
-          channels_(static_cast<std::size_t>(bytesPerPixel(view.type))),
-          side_(static_cast<std::size_t>(kernel.blocks.columns)),
-          inner_(view, kernel.block.rows, kernel.block.rows,
-                 kernel.blocks.columns + kernel.block.columns),
-          outer_(view, kernel.singles.rows, kernel.singles.rows, kernel.singles.columns),
-          means_(static_cast<std::size_t>(2 * kernel.blocks.rows + 1)), made_(means_.size(), none),
-          around_(means_.size()) {}
+    Stripe(const ConstView& view, const Kernel& kernel, int begin, int end)
+        : view_(view), kernel_(kernel), begin_(begin), end_(end),
+          channels_(bytesPerPixel(view.type)), block_(kernel.block), before_(kernel.before),
+          behind_(kernel.behind), blocks_(kernel.blocks),
+          inner_(kernel.block.rows(), samples(kernel.blocks.columns + kernel.block.columns)),
+          upper_(kernel.before.rows(), samples(kernel.before.columns)),
+          lower_(kernel.behind.rows(), samples(kernel.behind.columns)),
+          means_(kernel.blocks.rows(), samples(kernel.blocks.columns)) {}
 
     void make(int y, std::uint8_t* out) {
-        const bool hasBlocks = !kernel_.blocks.list.empty();
-        const int reach = kernel_.blocks.rows;
-        for (int k = -reach; hasBlocks && k <= reach; ++k)
-            around_[static_cast<std::size_t>(k + reach)] = meansOf(y + k);
-        const std::uint8_t* const* rows = outer_.around(y);
-        const std::size_t count = channels_ * static_cast<std::size_t>(view_.width);
-        const std::size_t outerSide = static_cast<std::size_t>(kernel_.singles.columns) * channels_;
-        std::uint16_t sums[piece];
-        for (std::size_t i = 0; i < count; i += piece) {
-            const std::size_t n = std::min(piece, count - i);
-            std::fill_n(sums, n, startFor(kernel_.blocks, kernel_.singles));
-            addTaps(kernel_.blocks, around_.data(), side_ * channels_, static_cast<int>(channels_),
-                    i, sums, n);
-            addTaps(kernel_.singles, rows, outerSide, static_cast<int>(channels_), i, sums, n);
-            toLevels(sums, out + i, n);
+        if (blocks_.lost() > 0) blocks_.moveTo(channels_, [&](int k) { return meansOf(y + k); });
+        aim(before_, upper_, kernel_.before.columns, y);
+        aim(behind_, lower_, kernel_.behind.columns, y);
+        const auto start =
+            static_cast<std::uint16_t>((blocks_.lost() + before_.lost() + behind_.lost()) / 2);
+        const auto skip = std::ptrdiff_t{begin_} * channels_;
+        std::uint16_t sums[piece + slack];
+        for (std::size_t i = 0; i < samples(0); i += piece) {
+            const std::size_t n = std::min(piece, samples(0) - i);
+            std::fill_n(sums, piece, start);
+            blocks_.add(i, sums, n);
+            before_.add(i, sums, n);
+            behind_.add(i, sums, n);
+            if constexpr (sizeof(T) == 1)
+                toLevels(sums, out + skip + i, n);
+            else
+                toStraight(channels_, sums, view_.row(y) + skip + i, out + skip + i, n);
         }
     }
 
   private:
-    static constexpr int none = -1'000'000;
-
-    // The means of the blocks around the pixels of row y, `side_` pixels wider on both sides.
+    // Of the columns and so many more on both sides.
+    std::size_t samples(int side) const {
+        return static_cast<std::size_t>(end_ - begin_ + 2 * side) *
+               static_cast<std::size_t>(channels_);
+    }
+    void aim(TapSum<T>& sum, Ring<T>& rows, int side, int y) const {
+        sum.moveTo(channels_, [&](int k) {
+            const int from = std::clamp(y + k, 0, view_.height - 1);
+            return rows.row(from,
+                            [&](T* row) { readRow(view_, from, begin_ - side, end_ + side, row); });
+        });
+    }
+    // The means of the blocks around the pixels of row y.
     const std::uint16_t* meansOf(int y) {
-        const int size = static_cast<int>(means_.size());
-        const auto place = static_cast<std::size_t>((y % size + size) % size);
-        std::vector<std::uint16_t>& row = means_[place];
-        if (made_[place] == y) return row.data();
-        const std::size_t count = channels_ * (static_cast<std::size_t>(view_.width) + 2 * side_);
-        row.resize(count);
-        const std::uint8_t* const* rows = inner_.around(y);
-        const std::size_t origin = static_cast<std::size_t>(kernel_.block.columns) * channels_;
-        for (std::size_t i = 0; i < count; i += piece) {
-            const std::size_t n = std::min(piece, count - i);
-            std::fill_n(row.data() + i, n, startFor(kernel_.block, {}));
-            addTaps(kernel_.block, rows, origin, static_cast<int>(channels_), i, row.data() + i, n);
-        }
-        made_[place] = y;
-        return row.data();
+        return means_.row(y, [&](std::uint16_t* row) {
+            const std::size_t count = samples(kernel_.blocks.columns);
+            aim(block_, inner_, kernel_.blocks.columns + kernel_.block.columns, y);
+            std::fill_n(row, count + slack, static_cast<std::uint16_t>(block_.lost() / 2));
+            for (std::size_t i = 0; i < count; i += piece)
+                block_.add(i, row + i, std::min(piece, count - i));
+        });
     }
 
     const ConstView view_;
     const Kernel& kernel_;
-    const std::size_t channels_, side_;
-    PaddedRows inner_, outer_;
-    std::vector<std::vector<std::uint16_t>> means_;
-    std::vector<int> made_;
-    std::vector<const std::uint16_t*> around_;
+    const int begin_, end_, channels_;
+    TapSum<T> block_, before_, behind_;
+    TapSum<std::uint16_t> blocks_;
+    Ring<T> inner_, upper_, lower_;
+    Ring<std::uint16_t> means_;
 };
+
+template <class T>
+void streak(const ConstView& from, const View& to, const Kernel& kernel, Task& task) {
+    // Stripes whose rows of means take 16 MB.
+    constexpr int mostMeans = 8 << 20, narrowest = 512;
+    const int widest =
+        std::max(narrowest, mostMeans / (kernel.blocks.rows() * bytesPerPixel(from.type)));
+    const int stripes = (from.width + widest - 1) / widest;
+    const int width = (from.width + stripes - 1) / stripes;
+    parallelRows(
+        from.height, task,
+        [&](int y0, int y1) {
+            for (int begin = 0; begin < from.width; begin += width) {
+                Stripe<T> stripe(from, kernel, begin, std::min(begin + width, from.width));
+                for (int y = y0; y < y1; ++y)
+                    stripe.make(y, to.row(y));
+            }
+        },
+        std::max(200, 2 * kernel.reach()));
+}
 
 } // namespace
 
@@ -190,17 +324,8 @@ Raster streaked(const Raster& source, double length, double across, double down,
     if (line.major < 1.01) return source;
     const Kernel kernel(line);
     Raster result = Raster::uninitialized(source.type(), source.width(), source.height());
-    const ConstView from = source.view();
-    const View to = result.edit();
-    const int reach = kernel.block.rows + kernel.blocks.rows + kernel.singles.rows;
-    parallelRows(
-        from.height, task,
-        [&](int y0, int y1) {
-            Rows rows(from, kernel);
-            for (int y = y0; y < y1; ++y)
-                rows.make(y, to.row(y));
-        },
-        std::max(200, 2 * reach));
+    const auto work = isOpaque(source) ? streak<std::uint8_t> : streak<std::uint16_t>;
+    work(source.view(), result.edit(), kernel, task);
     return result;
 }
 

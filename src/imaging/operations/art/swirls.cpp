@@ -5,6 +5,7 @@
 #include <bit>
 #include <cmath>
 #include <cstring>
+#include <utility>
 
 namespace kvn::imaging {
 namespace {
@@ -169,13 +170,12 @@ Raster averaged(const Raster& source, const Move& forth, const Move& back, Task&
 // corners, which go farthest, the places lie at most two pixels apart, which is what linear
 // samples cover.
 template <class MoveBy>
-Raster swept(const Raster& source, double way, Task& task, const MoveBy& moveBy) {
-    const double corner = std::hypot(source.width(), source.height()) / 2;
+Raster swept(Raster result, double way, Task& task, const MoveBy& moveBy) {
+    const double corner = std::hypot(result.width(), result.height()) / 2;
     int passes = 0;
     double places = 1;
     for (; passes < 9 && places * 2 < std::abs(way) * corner; ++passes)
         places *= 3;
-    Raster result = source;
     double step = way / places;
     for (int pass = 0; pass < passes; ++pass, step *= 3) {
         const Task::Stage stage(task, static_cast<double>(pass) / passes,
@@ -187,13 +187,17 @@ Raster swept(const Raster& source, double way, Task& task, const MoveBy& moveBy)
 
 } // namespace
 
-Raster spun(const Raster& source, double angle, Task& task) {
-    return swept(source, angle, task, [](double by) { return Move{std::cos(by), std::sin(by)}; });
+Raster spun(Raster source, double angle, Task& task) {
+    return swept(std::move(source), angle, task, [](double by) {
+        return Move{std::cos(by), std::sin(by)};
+    });
 }
 
-Raster zoomed(const Raster& source, double growth, Task& task) {
+Raster zoomed(Raster source, double growth, Task& task) {
     // Equal steps of the logarithm, so that the passes add up.
-    return swept(source, std::log1p(growth), task, [](double by) { return Move{std::exp(by), 0}; });
+    return swept(std::move(source), std::log1p(growth), task, [](double by) {
+        return Move{std::exp(by), 0};
+    });
 }
 
 } // namespace kvn::imaging

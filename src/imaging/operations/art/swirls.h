@@ -9,7 +9,7 @@ namespace kvn::imaging {
 // The mean over the way of every pixel while the picture turns by `angle` (radians), half of it
 // back and half on; or grows by the factor 1 + `growth`, as much below 1 as above. The edge pixels
 // are repeated outwards; alpha is a channel like the others. Not for palette types.
-Raster spun(const Raster& source, double angle, Task& task);
-Raster zoomed(const Raster& source, double growth, Task& task);
+Raster spun(Raster source, double angle, Task& task);
+Raster zoomed(Raster source, double growth, Task& task);
 
 } // namespace kvn::imaging

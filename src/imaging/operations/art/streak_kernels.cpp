@@ -1,0 +1,89 @@
+#include "imaging/operations/art/streak_kernels.h"
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "imaging/operations/art/streak_kernels.cpp"
+#include <hwy/foreach_target.h> // compiles this file once for every instruction set
+
+#include <hwy/highway.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace kvn::imaging::HWY_NAMESPACE {
+
+namespace hn = hwy::HWY_NAMESPACE;
+using Words = hn::ScalableTag<std::uint16_t>;
+
+#if HWY_TARGET == HWY_SCALAR
+void tapsOfBytes(const std::uint8_t* const* starts, const std::uint16_t* weights, std::size_t taps,
+                 std::uint16_t* sums, std::size_t count) {
+    for (std::size_t k = 0; k < taps; ++k)
+        for (std::size_t i = 0; i < count; ++i)
+            sums[i] = static_cast<std::uint16_t>(sums[i] + (starts[k][i] * weights[k] >> 8));
+}
+#else
+// Bytes are split into the even and the odd ones, each as the upper half of a word: no lane has to
+// change its place before the end.
+void tapsOfBytes(const std::uint8_t* const* starts, const std::uint16_t* weights, std::size_t taps,
+                 std::uint16_t* sums, std::size_t count) {
+    const Words d;
+    const hn::Repartition<std::uint8_t, Words> bytes;
+    const std::size_t lanes = hn::Lanes(d);
+    const auto upper = hn::Set(d, 0xff00);
+    const auto load = [=](const std::uint8_t* from)
+                          HWY_ATTR { return hn::BitCast(d, hn::LoadU(bytes, from)); };
+    for (std::size_t i = 0; i < count; i += 4 * lanes) {
+        hn::Vec<Words> even, odd, even2, odd2;
+        hn::LoadInterleaved2(d, sums + i, even, odd);
+        hn::LoadInterleaved2(d, sums + i + 2 * lanes, even2, odd2);
+        for (std::size_t k = 0; k < taps; ++k) {
+            const auto weight = hn::Set(d, weights[k]);
+            const auto a = load(starts[k] + i), b = load(starts[k] + i + 2 * lanes);
+            even = hn::Add(even, hn::MulHigh(hn::ShiftLeft<8>(a), weight));
+            odd = hn::Add(odd, hn::MulHigh(hn::And(a, upper), weight));
+            even2 = hn::Add(even2, hn::MulHigh(hn::ShiftLeft<8>(b), weight));
+            odd2 = hn::Add(odd2, hn::MulHigh(hn::And(b, upper), weight));
+        }
+        hn::StoreInterleaved2(even, odd, d, sums + i);
+        hn::StoreInterleaved2(even2, odd2, d, sums + i + 2 * lanes);
+    }
+}
+#endif
+
+void tapsOfWords(const std::uint16_t* const* starts, const std::uint16_t* weights, std::size_t taps,
+                 std::uint16_t* sums, std::size_t count) {
+    const Words d;
+    const std::size_t lanes = hn::Lanes(d);
+    for (std::size_t i = 0; i < count; i += 4 * lanes) {
+        hn::Vec<Words> sum[4];
+        for (std::size_t j = 0; j < 4; ++j)
+            sum[j] = hn::LoadU(d, sums + i + j * lanes);
+        for (std::size_t k = 0; k < taps; ++k) {
+            const auto weight = hn::Set(d, weights[k]);
+            for (std::size_t j = 0; j < 4; ++j)
+                sum[j] =
+                    hn::Add(sum[j], hn::MulHigh(hn::LoadU(d, starts[k] + i + j * lanes), weight));
+        }
+        for (std::size_t j = 0; j < 4; ++j)
+            hn::StoreU(sum[j], d, sums + i + j * lanes);
+    }
+}
+
+} // namespace kvn::imaging::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace kvn::imaging {
+
+HWY_EXPORT(tapsOfBytes);
+HWY_EXPORT(tapsOfWords);
+
+void addTaps(const std::uint8_t* const* starts, const std::uint16_t* weights, std::size_t taps,
+             std::uint16_t* sums, std::size_t count) {
+    HWY_DYNAMIC_DISPATCH(tapsOfBytes)(starts, weights, taps, sums, count);
+}
+void addTaps(const std::uint16_t* const* starts, const std::uint16_t* weights, std::size_t taps,
+             std::uint16_t* sums, std::size_t count) {
+    HWY_DYNAMIC_DISPATCH(tapsOfWords)(starts, weights, taps, sums, count);
+}
+
+} // namespace kvn::imaging
+#endif
