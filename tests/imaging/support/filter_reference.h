@@ -8,6 +8,7 @@
 
 #include "imaging/convert.h"
 #include "imaging/operation.h"
+#include "reference/pictures.h"
 
 namespace reference {
 
@@ -69,6 +70,21 @@ inline double visibleMean(const Window& window, bool byAlpha) {
         all += weight;
     }
     return all > 1e-9 ? sum / all : -1;
+}
+
+// Every image type in awkward sizes; `seen` is what filters see of it.
+inline void
+onEveryPicture(const std::function<void(const Raster& picture, const Raster& seen)>& work) {
+    constexpr Size sizes[] = {{1, 1}, {1, 9}, {9, 1}, {7, 5}, {47, 23}};
+    for (const ImageType type : everyType)
+        for (const Size size : sizes) {
+            const Raster picture = noise(type, size, 5);
+            work(picture, withoutPalette(picture));
+        }
+}
+
+inline double clamped(double value) {
+    return std::clamp(value, 0.0, 255.0);
 }
 
 // The largest difference of a result from what `expected` (x, y, channel; below 0: anything) says.

@@ -51,6 +51,11 @@ Raster gaussianBlur(const Raster& picture, const Arguments& arguments, Task& tas
     const double sigma = std::clamp(arguments.integer(0), 0, 2500) / 25.0;
     if (sigma == 0) return picture;
     return throughRows(picture, task, [&](const ConstView& from, const View& to, bool weighted) {
+        const std::size_t samples = rowBytes(from.type, from.width);
+        const auto round = [&](int y, const std::uint16_t* row) {
+            roundFixed(row, to.row(y), samples);
+        };
+        if (!weighted && gaussRowsFixed(from, sigma, task, round)) return;
         gaussRows(from, sigma, weighted, task,
                   [&](int y, const float* row) { finishRow(from, to, weighted, y, row); });
     });

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 #include <vector>
 
 #include "imaging/operations/filters/gauss_kernels.h"
@@ -11,7 +12,14 @@ namespace {
 
 using Row = std::vector<float>;
 constexpr std::size_t slack = 4; // the pixel kernels read and write four channels at a time
-constexpr double directLimit = 2.6;
+// Where colours count by alpha, faint ones may lie at the far end of the kernel: it is cut farther
+// out and brought to the coarse grid only where that does not alias.
+double directLimit(bool weighted) {
+    return weighted ? 3 : 2.6;
+}
+double cutAt(bool weighted) {
+    return weighted ? 4.2 : 3.5;
+}
 
 Row normalised(Row weights) {
     double sum = 0;
@@ -22,8 +30,8 @@ Row normalised(Row weights) {
     return weights;
 }
 
-Row gaussWeights(double sigma) {
-    const int radius = std::max(1, static_cast<int>(std::ceil(3.5 * sigma)));
+Row gaussWeights(double sigma, double cut) {
+    const int radius = std::max(1, static_cast<int>(std::ceil(cut * sigma)));
     Row weights;
     for (int i = -radius; i <= radius; ++i)
         weights.push_back(static_cast<float>(std::exp(-0.5 * i * i / (sigma * sigma))));
@@ -36,13 +44,29 @@ double cubicSpline(double x) {
     return x < 2 ? (2 - x) * (2 - x) * (2 - x) / 6 : 0;
 }
 
-double varianceOf(const Row& weights) {
-    const int middle = static_cast<int>(weights.size()) / 2;
-    double sum = 0;
-    for (int i = 0; i < static_cast<int>(weights.size()); ++i)
-        sum +=
-            static_cast<double>(weights[static_cast<std::size_t>(i)]) * (i - middle) * (i - middle);
-    return sum;
+// The splines down to the coarse grid and back up, each with the weights `spline`, leave this of a
+// kernel: its spectrum over theirs, back as weights of coarse samples.
+Row restWeights(double sigma, int factor, const Row& spline, double cut) {
+    constexpr int points = 64;
+    const int middle = static_cast<int>(spline.size()) / 2;
+    double spectrum[points];
+    for (int j = 0; j < points; ++j) {
+        const double turn = (j + 0.5) * std::numbers::pi / points / factor;
+        double once = 0;
+        for (int i = -middle; i <= middle; ++i)
+            once += static_cast<double>(spline[static_cast<std::size_t>(i + middle)]) *
+                    std::cos(i * turn);
+        spectrum[j] = std::exp(-0.5 * sigma * sigma * turn * turn) / (once * once);
+    }
+    const int radius = static_cast<int>(std::ceil(cut * sigma / factor));
+    Row weights;
+    for (int i = -radius; i <= radius; ++i) {
+        double weight = 0;
+        for (int j = 0; j < points; ++j)
+            weight += spectrum[j] * std::cos(i * (j + 0.5) * std::numbers::pi / points);
+        weights.push_back(static_cast<float>(weight));
+    }
+    return normalised(std::move(weights));
 }
 
 std::size_t sizeOf(int count) {
@@ -139,7 +163,7 @@ class CoarseBlur {
     CoarseBlur(const ConstView& view, double sigma, bool weighted)
         : view_(view), weighted_(weighted), channels_(bytesPerPixel(view.type)),
           factor_(std::max(2, static_cast<int>(sigma / 2))), down_(splineWeights(factor_)),
-          blur_(gaussWeights(restOf(sigma))),
+          blur_(restWeights(sigma, factor_, down_, cutAt(weighted))),
           across_(view.width, factor_, static_cast<int>(blur_.size()) / 2),
           along_(view.height, factor_, static_cast<int>(blur_.size()) / 2),
           stride_(sizeOf(across_.count * channels_) + slack),
@@ -234,12 +258,6 @@ class CoarseBlur {
         for (int i = 1 - 2 * factor; i < 2 * factor; ++i)
             weights.push_back(static_cast<float>(cubicSpline(static_cast<double>(i) / factor)));
         return normalised(std::move(weights));
-    }
-
-    // What the blur on the coarse grid has to add to the two splines.
-    double restOf(double sigma) const {
-        const double squared = factor_ * factor_;
-        return std::sqrt((sigma * sigma - varianceOf(down_)) / squared - 1.0 / 3);
     }
 
     const float* sample(int y) const { return reinterpret_cast<const float*>(samples_.row(y)); }
@@ -339,8 +357,8 @@ void windowRows(const ConstView& view, const Row& down, const Row& along, bool w
 }
 
 bool gaussRowsFixed(const ConstView& view, double sigma, Task& task, const FixedRow& finish) {
-    if (sigma >= directLimit) return false;
-    const auto weights = fixedWeights(gaussWeights(sigma));
+    if (sigma >= directLimit(false)) return false;
+    const auto weights = fixedWeights(gaussWeights(sigma, cutAt(false)));
     if (weights.empty()) return false;
     fixedRows(view, weights, weights, task, finish);
     return true;
@@ -348,8 +366,8 @@ bool gaussRowsFixed(const ConstView& view, double sigma, Task& task, const Fixed
 
 void gaussRows(const ConstView& view, double sigma, bool weighted, Task& task,
                const BlurredRow& finish, Precision precision) {
-    if (sigma < directLimit) {
-        const Row weights = gaussWeights(sigma);
+    if (sigma < directLimit(weighted)) {
+        const Row weights = gaussWeights(sigma, cutAt(weighted));
         return windowRows(view, weights, weights, weighted, task, finish, precision);
     }
     CoarseBlur blur(view, sigma, weighted);

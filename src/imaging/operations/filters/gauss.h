@@ -1,11 +1,12 @@
 // Gaussian blur of a picture, row by row, as floats for whoever goes on computing with it. The edge
 // pixels are repeated outwards. It knows nothing of operations and their arguments.
 //
-// Below sigma 2.6 the kernel itself, cut at 3.5 sigma. Above, the picture is brought to a coarse
-// grid of about sigma / 2 pixels by a cubic B-spline, blurred there and brought back by a cubic
-// B-spline; variances add up, so the blur in between makes up what the splines leave. The sum
-// differs from the true kernel by less than two thousandths, and the time does not grow with sigma.
-// (B-splines: M. Unser, Splines: a perfect fit for signal and image processing, 1999.)
+// Below sigma 2.6 (3 where colours count by alpha) the kernel itself, cut at 3.5 (4.2) sigma.
+// Above, the picture is brought to a coarse grid of about sigma / 2 pixels by a cubic B-spline,
+// blurred there and brought back by a cubic B-spline. The blur in between has the spectrum that the
+// splines leave of the kernel, so the sum differs from it by what aliases only, and the time does
+// not grow with sigma. (B-splines: M. Unser, Splines: a perfect fit for signal and image
+// processing, 1999.)
 #pragma once
 
 #include <functional>

@@ -136,6 +136,14 @@ void fromFixed(const std::uint16_t* HWY_RESTRICT in, float* HWY_RESTRICT out, st
         out[i] = static_cast<float>(in[i]) * (1.0f / 128);
 }
 
+void fixedRounded(const std::uint16_t* HWY_RESTRICT in, std::uint8_t* HWY_RESTRICT out,
+                  std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) {
+        const auto level = static_cast<std::uint16_t>((in[i] + 64) >> 7);
+        out[i] = static_cast<std::uint8_t>(level < 255 ? level : 255);
+    }
+}
+
 // Up to four channels of a pixel at once; the entries past the last channel are left over.
 typedef float Pixel __attribute__((vector_size(16), aligned(4)));
 
@@ -238,6 +246,7 @@ HWY_EXPORT(entries);
 HWY_EXPORT(rowsFixed);
 HWY_EXPORT(entriesFixed);
 HWY_EXPORT(fromFixed);
+HWY_EXPORT(fixedRounded);
 HWY_EXPORT(coarse);
 HWY_EXPORT(fine);
 HWY_EXPORT(rounded);
@@ -271,6 +280,9 @@ void sumEntriesFixed(const std::uint16_t* in, const std::uint16_t* weights, int 
 }
 void levelsOfFixed(const std::uint16_t* in, float* out, std::size_t count) {
     HWY_DYNAMIC_DISPATCH(fromFixed)(in, out, count);
+}
+void roundFixed(const std::uint16_t* in, std::uint8_t* out, std::size_t count) {
+    HWY_DYNAMIC_DISPATCH(fixedRounded)(in, out, count);
 }
 void toCoarse(const float* in, const float* weights, int taps, int factor, int channels, float* out,
               int count) {

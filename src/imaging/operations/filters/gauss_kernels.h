@@ -28,6 +28,7 @@ void sumRowsFixed(const std::uint8_t* const* rows, const std::uint16_t* weights,
 void sumEntriesFixed(const std::uint16_t* in, const std::uint16_t* weights, int radius, int step,
                      std::uint16_t* out, std::size_t count);
 void levelsOfFixed(const std::uint16_t* in, float* out, std::size_t count);
+void roundFixed(const std::uint16_t* in, std::uint8_t* out, std::size_t count);
 
 // out[i * channels + c] = sum over k of weights[k] * in[(i * factor + k) * channels + c]. Both rows
 // are followed by 4 entries that may be read or overwritten.
