@@ -1,13 +1,17 @@
 // Drawing a picture with a given palette.
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdlib>
+#include <cstring>
 #include <limits>
+#include <span>
 #include <vector>
 
 #include "basic/error.h"
 #include "imaging/convert_rows.h"
+#include "imaging/operations/support/simd.h"
 #include "imaging/quantize.h"
 #include "imaging/quantize_colors.h"
 #include "imaging/quantize_metric.h"
@@ -27,16 +31,27 @@ class PaletteIndex {
         for (std::size_t i = 0; i < palette.size(); ++i) {
             const auto known = set_.colors().size();
             set_.add(packed(palette[i]));
+            mark(packed(palette[i]));
             if (set_.colors().size() > known) entries_.push_back(static_cast<std::int16_t>(i));
         }
     }
     // -1 if it is not there.
     std::int16_t find(std::uint32_t color) const {
+        const std::uint32_t bit = bitOf(color);
+        if ((marks_[bit / 64] >> bit % 64 & 1) == 0) [[likely]]
+            return -1;
         const int place = set_.find(color);
         return place < 0 ? std::int16_t{-1} : entries_[static_cast<std::size_t>(place)];
     }
 
   private:
+    static std::uint32_t bitOf(std::uint32_t color) { return (color * 0x9E3779B1u) >> 16; }
+    void mark(std::uint32_t color) {
+        marks_[bitOf(color) / 64] |= std::uint64_t{1} << bitOf(color) % 64;
+    }
+
+    // Tells nearly all colours that are not there, without a search whose way is hard to foresee.
+    std::array<std::uint64_t, 1024> marks_{};
     ColorSet set_;
     std::vector<std::int16_t> entries_;
 };
@@ -46,11 +61,13 @@ class PaletteIndex {
 struct PreparedRow {
     explicit PreparedRow(int width)
         : spots(static_cast<std::size_t>(width) * 4), fixed(static_cast<std::size_t>(width)),
-          strength(static_cast<std::size_t>(width)) {}
+          bends(spots.size()), strength(static_cast<std::size_t>(width)) {}
 
     std::vector<std::uint8_t> spots;
     std::vector<std::int16_t> fixed;
-    std::vector<std::uint8_t> strength; // of error diffusion; not filled by prepare
+    // Of error diffusion; not filled by prepare.
+    std::vector<std::uint16_t> bends;
+    std::vector<std::uint8_t> strength;
 };
 
 class Mapping {
@@ -66,12 +83,7 @@ class Mapping {
         findFixed(row);
         std::uint8_t* p = row.spots.data();
         std::uint8_t* const end = p + row.spots.size();
-        if (!withAlpha_) {
-            constexpr auto opaque = static_cast<std::uint8_t>(spotOf({})[3]);
-            for (; p != end; p += 4)
-                p[3] = opaque;
-            return;
-        }
+        if (!withAlpha_) return;
         for (; p != end; p += 4) {
             const Spot spot = spotOf({p[0], p[1], p[2], p[3]});
             for (std::size_t k = 0; k < 4; ++k)
@@ -80,20 +92,17 @@ class Mapping {
     }
 
   private:
+    // Without alpha every pixel is made an opaque place.
     void findFixed(PreparedRow& row) const {
-        const std::uint8_t* p = row.spots.data();
-        std::uint32_t last = 0;
-        std::int16_t entry = exact_.find(last);
+        std::uint8_t* p = row.spots.data();
         for (std::int16_t& fixed : row.fixed) {
-            const std::uint32_t color =
-                packed({p[0], p[1], p[2], withAlpha_ ? p[3] : std::uint8_t{255}});
-            if (color != last) entry = exact_.find(color);
-            last = color;
-            fixed = entry;
+            fixed = exact_.find(packed({p[0], p[1], p[2], withAlpha_ ? p[3] : std::uint8_t{255}}));
+            if (!withAlpha_) p[3] = opaque;
             p += 4;
         }
     }
 
+    static constexpr auto opaque = static_cast<std::uint8_t>(spotOf({})[3]);
     RowReader reader_;
     const Palette& palette_;
     PaletteIndex exact_;
@@ -131,14 +140,8 @@ class Strength {
           range_(std::clamp(static_cast<int>(0.7 * spacing), 3, 24)) {}
 
     void fill(PreparedRow& row) const {
-        const std::uint8_t* p = row.spots.data();
-        const std::size_t width = row.strength.size();
-        for (std::size_t x = 0; x < width; ++x, p += 4) {
-            const int bend = bendOf(x > 0 ? p - 4 : p, p, x + 1 < width ? p + 4 : p);
-            const int roughness = std::clamp(bend - calm, 0, range_);
-            row.strength[x] =
-                static_cast<std::uint8_t>(smooth_ - (smooth_ - rough_) * roughness / range_);
-        }
+        findBends(row.spots.data(), row.spots.size(), row.bends.data());
+        fillRow(row.bends.data(), row.strength.size(), row.strength.data());
     }
 
   private:
@@ -154,14 +157,29 @@ class Strength {
         const double octaves = std::log2(256.0 / static_cast<double>(entries));
         return std::clamp(static_cast<int>(1 + octaves * 13 / 4), 1, 14);
     }
-    // Levels by which a pixel differs from an even way from one neighbour to the other, twice, all
-    // channels together.
-    static int bendOf(const std::uint8_t* before, const std::uint8_t* here,
-                      const std::uint8_t* after) {
-        int sum = 0;
-        for (int k = 0; k < 4; ++k)
-            sum += std::abs(2 * here[k] - before[k] - after[k]);
-        return sum;
+    // By how many levels each value differs from an even way from one neighbour to the other,
+    // twice. Pixels are of four values.
+    KVN_CLONES static void findBends(const std::uint8_t* spots, std::size_t size,
+                                     std::uint16_t* __restrict bends) {
+        constexpr std::size_t pixel = 4;
+        for (std::size_t i = 0; i < pixel; ++i)
+            bends[i] = bends[size - 1 - i] = 0;
+        for (std::size_t i = pixel; i + pixel < size; ++i)
+            bends[i] = static_cast<std::uint16_t>(
+                std::abs(2 * spots[i] - spots[i - pixel] - spots[i + pixel]));
+    }
+    KVN_CLONES void fillRow(const std::uint16_t* bends, std::size_t width,
+                            std::uint8_t* __restrict strength) const {
+        const int smooth = smooth_, drop = smooth_ - rough_, range = range_;
+        const int perBend = (drop * 65536 + range - 1) / range;
+        for (std::size_t x = 0; x < width; ++x) {
+            std::uint64_t four;
+            std::memcpy(&four, bends + 4 * x, sizeof four);
+            four += four >> 32;
+            const int bend = static_cast<int>((four + (four >> 16)) & 0xFFFF);
+            const int roughness = std::min(std::max(bend - calm, 0), range);
+            strength[x] = static_cast<std::uint8_t>(smooth - (roughness * perBend >> 16));
+        }
     }
 
     int smooth_;
@@ -189,11 +207,12 @@ class Strip {
     bool hasRows() const { return y_ < y1_; }
     double fraction() const { return static_cast<double>(y_) / y1_; }
 
-    void step() { diffusion_.row(next()); }
-    // The same for two strips at once.
-    static void step(Strip& one, Strip& other) {
-        const Diffusion::Row row = one.next();
-        Diffusion::rows(one.diffusion_, row, other.diffusion_, other.next());
+    // A row of each of the strips that have rows, side by side.
+    static void step(std::span<Strip> strips) {
+        std::vector<Diffusion::Lane> lanes;
+        for (Strip& strip : strips)
+            if (strip.hasRows()) lanes.push_back({&strip.diffusion_, strip.next()});
+        Diffusion::rows(lanes);
     }
 
   private:
@@ -225,38 +244,34 @@ void mapDithered(const Mapping& mapping, NearestColors& first, const View& to, T
     const Strength strength(spacing, first.entries().size());
     const int strips =
         spacing > coarseSpacing ? 1 : std::max(1, (to.height - leadRows) / stripRows);
-    if (strips == 1) {
-        Strip whole(mapping, strength, first, to, 0, 0, to.height);
-        for (int y = 0; whole.hasRows(); ++y) {
-            if (y % 16 == 0) task.report(whole.fraction());
-            whole.step();
-        }
-        return;
-    }
     const auto top = [&](int strip) {
         if (strip == strips) return to.height;
         return strip == 0 ? 0 : strip * stripRows + leadRows;
     };
-    Store<NearestColors> searches;
     const auto stripAt = [&](int s, NearestColors& colors) {
         return Strip(mapping, strength, colors, to, s * stripRows, top(s), top(s + 1));
     };
-    parallelRows((strips + 1) / 2, task,
-                 [&](int pair0, int pair1) {
-                     const auto colors = searches.borrow([&] { return mapping.search(); });
-                     for (int pair = pair0; pair < pair1; ++pair) {
-                         Strip one = stripAt(2 * pair, *colors);
-                         Strip other = stripAt(std::min(2 * pair + 1, strips - 1), *colors);
-                         const bool hasOther = 2 * pair + 1 < strips;
-                         while (hasOther && one.hasRows() && other.hasRows())
-                             Strip::step(one, other);
-                         while (one.hasRows())
-                             one.step();
-                         while (hasOther && other.hasRows())
-                             other.step();
-                     }
-                 },
-                 1);
+    if (strips == 1) {
+        Strip whole = stripAt(0, first);
+        for (int y = 0; whole.hasRows(); ++y) {
+            if (y % 16 == 0) task.report(whole.fraction());
+            Strip::step({&whole, 1});
+        }
+        return;
+    }
+    const int together = strips >= 8 ? 4 : 2;
+    Store<NearestColors> searches;
+    const auto group = [&](int g0, int g1) {
+        const auto colors = searches.borrow([&] { return mapping.search(); });
+        for (int g = g0; g < g1; ++g) {
+            std::vector<Strip> some;
+            for (int s = g * together; s < std::min((g + 1) * together, strips); ++s)
+                some.push_back(stripAt(s, *colors));
+            while (std::ranges::any_of(some, &Strip::hasRows))
+                Strip::step(some);
+        }
+    };
+    parallelRows((strips + together - 1) / together, task, group, 1);
 }
 
 void mapNearest(const Mapping& mapping, const View& to, Task& task) {

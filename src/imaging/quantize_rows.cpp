@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <limits>
+#include <utility>
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "imaging/quantize_rows.cpp"
@@ -171,39 +172,29 @@ class Walk {
     Channels ahead_ = zero(), behind_ = zero(), diagonal_ = zero();
 };
 
+// Each pixel waits for the one before; rows of other strips have something to do meanwhile.
+template <bool withAlpha, int step, std::size_t... lane>
+HWY_INLINE void walk(const Diffusion::Lane* lanes, std::index_sequence<lane...>) {
+    Walk<withAlpha, step> walks[] = {{lanes[lane].diffusion->state(), lanes[lane].row}...};
+    const int width = lanes->diffusion->state().width;
+    for (int i = 0, x = step > 0 ? 0 : width - 1; i < width; ++i, x += step)
+        (walks[lane].pixel(x), ...);
+    (walks[lane].finish(), ...);
+}
+
 template <bool withAlpha, int step>
-void walk(Diffusion::State& state, const Diffusion::Row& row) {
-    Walk<withAlpha, step> one(state, row);
-    for (int i = 0, x = step > 0 ? 0 : state.width - 1; i < state.width; ++i, x += step)
-        one.pixel(x);
-    one.finish();
+void walkLanes(const Diffusion::Lane* lanes, std::size_t count) {
+    for (; count >= 4; count -= 4, lanes += 4)
+        walk<withAlpha, step>(lanes, std::make_index_sequence<4>());
+    for (; count >= 2; count -= 2, lanes += 2)
+        walk<withAlpha, step>(lanes, std::make_index_sequence<2>());
+    if (count > 0) walk<withAlpha, step>(lanes, std::make_index_sequence<1>());
 }
 
-// Each pixel waits for the one before; a row of another strip has something to do meanwhile.
-template <bool withAlpha, int step>
-void walkTwo(Diffusion::State& state, const Diffusion::Row& row, Diffusion::State& otherState,
-             const Diffusion::Row& otherRow) {
-    Walk<withAlpha, step> one(state, row), other(otherState, otherRow);
-    for (int i = 0, x = step > 0 ? 0 : state.width - 1; i < state.width; ++i, x += step) {
-        one.pixel(x);
-        other.pixel(x);
-    }
-    one.finish();
-    other.finish();
-}
-
-void diffuseRow(Diffusion::State& state, bool leftwards, const Diffusion::Row& row) {
-    const auto kernel = state.colors.withAlpha() ? (leftwards ? walk<true, -1> : walk<true, 1>)
-                                                 : (leftwards ? walk<false, -1> : walk<false, 1>);
-    kernel(state, row);
-}
-
-void diffuseTwo(Diffusion::State& state, bool leftwards, const Diffusion::Row& row,
-                Diffusion::State& otherState, const Diffusion::Row& otherRow) {
-    const auto kernel = state.colors.withAlpha()
-                            ? (leftwards ? walkTwo<true, -1> : walkTwo<true, 1>)
-                            : (leftwards ? walkTwo<false, -1> : walkTwo<false, 1>);
-    kernel(state, row, otherState, otherRow);
+void diffuseRows(const Diffusion::Lane* lanes, std::size_t count, bool withAlpha, bool leftwards) {
+    const auto kernel = withAlpha ? (leftwards ? walkLanes<true, -1> : walkLanes<true, 1>)
+                                  : (leftwards ? walkLanes<false, -1> : walkLanes<false, 1>);
+    kernel(lanes, count);
 }
 
 template <bool withAlpha>
@@ -230,8 +221,7 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace kvn::imaging {
 
-HWY_EXPORT(diffuseRow);
-HWY_EXPORT(diffuseTwo);
+HWY_EXPORT(diffuseRows);
 HWY_EXPORT(searchRow);
 
 void nearestRow(NearestColors& colors, const std::uint8_t* spots, const std::int16_t* fixed,
@@ -255,19 +245,12 @@ Diffusion::Diffusion(NearestColors& colors, int width, bool leftwards)
     }
 }
 
-void Diffusion::row(const Row& row) {
-    HWY_DYNAMIC_DISPATCH(diffuseRow)(state_, leftwards_, row);
-    leftwards_ = !leftwards_;
-}
-
-void Diffusion::rows(Diffusion& one, const Row& row, Diffusion& other, const Row& otherRow) {
-    if (one.leftwards_ != other.leftwards_) {
-        one.row(row);
-        other.row(otherRow);
-        return;
-    }
-    HWY_DYNAMIC_DISPATCH(diffuseTwo)(one.state_, one.leftwards_, row, other.state_, otherRow);
-    one.leftwards_ = other.leftwards_ = !one.leftwards_;
+void Diffusion::rows(std::span<const Lane> lanes) {
+    const Diffusion& first = *lanes.front().diffusion;
+    HWY_DYNAMIC_DISPATCH(diffuseRows)
+    (lanes.data(), lanes.size(), first.state_.colors.withAlpha(), first.leftwards_);
+    for (const Lane& lane : lanes)
+        lane.diffusion->leftwards_ = !lane.diffusion->leftwards_;
 }
 
 } // namespace kvn::imaging
