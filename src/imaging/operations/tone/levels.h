@@ -1,6 +1,7 @@
 // Tone curves that come from the picture's own histogram. Invisible pixels (alpha 0) don't count;
 // alpha stays. Palette pictures keep their type and have their palette mapped; grey pictures become
-// colour ones only where the mask leaves a channel out.
+// colour ones only where the mask leaves a channel out. Limits are clamped to 0..255, and exchanged
+// if they stand the wrong way round.
 #pragma once
 
 #include "imaging/operation.h"
@@ -22,8 +23,7 @@ extern const Operation histogramStretchOperation;
 
 // Geometry.HistogramEqualize(low, high 0..255, mask): the values of each channel of the mask that
 // lie within low..high are distributed evenly over low..high (the running sum of the histogram; see
-// R. Gonzalez, R. Woods, Digital Image Processing, 3.3); others stay. Limits the wrong way round
-// are exchanged.
+// R. Gonzalez, R. Woods, Digital Image Processing, 3.3); others stay.
 extern const Operation histogramEqualizeOperation;
 
 } // namespace kvn::imaging
