@@ -50,7 +50,13 @@ class Stroker {
   private:
     static PointD unit(PointD v) { return v * (1 / length(v)); }
 
-    void polygon(std::vector<PointD> points) const {
+    void polygon(std::initializer_list<PointD> points) const {
+        points_ = points;
+        send();
+    }
+
+    void send() const {
+        std::vector<PointD>& points = points_;
         for (PointD& p : points)
             p = pen_.linear(p);
         // All pieces turn the same way, so that overlapping ones never cancel out.
@@ -70,12 +76,13 @@ class Stroker {
     void arc(PointD center, PointD from, double sweep) const {
         const int parts =
             std::clamp(static_cast<int>(std::ceil(std::abs(sweep) / arcStep_)), 1, mostArcParts);
-        std::vector<PointD> fan{center};
-        for (int i = 0; i <= parts; ++i) {
-            const double angle = sweep * i / parts, c = std::cos(angle), s = std::sin(angle);
-            fan.push_back(center + PointD{from.x * c - from.y * s, from.x * s + from.y * c});
+        const double c = std::cos(sweep / parts), s = std::sin(sweep / parts);
+        points_ = {center, center + from};
+        for (int i = 0; i < parts; ++i) {
+            from = {from.x * c - from.y * s, from.x * s + from.y * c};
+            points_.push_back(center + from);
         }
-        polygon(std::move(fan));
+        send();
     }
 
     void join(PointD at, PointD in, PointD out) const {
@@ -111,6 +118,7 @@ class Stroker {
     const PolygonSink& sink_;
     double half_;
     double arcStep_;
+    mutable std::vector<PointD> points_; // kept from piece to piece: there are a great many
 };
 
 // The share of the line a-b that lies in the box; empty if from > to.
