@@ -50,10 +50,11 @@ extern const Operation embossShapeOperation;
 // Geometry.Gauzy(blur, sharpen, clarity, mode): a portrait through gauze. The veil is the picture
 // blurred by blur * 0.3 U, below it the picture sharpened by an unsharp mask of strength
 // sharpen / 40; the result is the veil and 20 % to 75 % of the sharp picture, as clarity grows.
-// Mode 0 desaturated: the veil is grey; 1 full colour; 2 high contrast: the veil's shadows are
-// deeper and its lights brighter, by the curve 3 t^2 - 2 t^3; 3 max: the lighter of veil and
-// picture, so that lights glow; 4 min: the darker, so that shadows spread. Other modes are taken
-// as 1. Percentages 0..100. Alpha stays, and colours count by it.
+// Mode 0 desaturated: the veil is grey; 1 full colour; 2 high contrast: shadows are deeper and
+// lights brighter, by the curve 3 t^2 - 2 t^3; 3 max: veil and picture shine through each other
+// like two slides on one screen, s + b - s b, so that lights glow and spread; 4 min: like two
+// slides in one projector, s b, so that shadows do. Other modes are taken as 1. Percentages
+// 0..100. Alpha stays, and colours count by it.
 extern const Operation gauzyOperation;
 
 // Geometry.MotionBlur(distance, steps, angle, style): the exposure of a moving camera. 0 linear:
@@ -68,18 +69,18 @@ extern const Operation motionBlurOperation;
 // wavering outlines, drawn twice, where it is darker than around, and up to three layers of strokes
 // to and fro where it is dark. Lines are about 2 U wide, their ink is the square root of the line
 // darkness, and the picture behind them pales with it. The filter makes the picture simpler: 0
-// blurred (Gaussian, 4 U before, 1.3 U after), 1 filtered (median of 10 U, 5 to 9 pixels), 2
-// posterized, 3 despeckled; before it is drawn, or the whole drawing afterwards. Alpha counts as in
-// the filter.
+// blurred (Gaussian, 4 U before, 1.3 U after), 1 filtered (median, 5 to 9 pixels before, 3 to 5
+// after), 2 posterized (a drawing in five steps of its luma, which keeps its hues), 3 despeckled;
+// before it is drawn, or the whole drawing afterwards. Alpha counts as in the filter.
 extern const Operation scribbleOperation;
 
-// Geometry.Stipple(size, filter, filter first): the picture in dots, size * 0.3 U (at least 3 px)
-// apart. Each takes the colour at its middle. 0 arithmetic mean: dots of paint that differ a little
-// in colour; 1 minimum: dark dots on light ground; 2 maximum: light dots on dark ground; 3
-// geometric mean: beads of glass, through which the picture shows; 4 Yp mean: beads of coloured
-// glass. The filter of that name runs over the picture before (window of half the distance), or
-// over the dots afterwards (a quarter). Alpha stays, and colours count by it in the filter. Size 0
-// changes nothing.
+// Geometry.Stipple(size, filter, filter first): the picture in dots, size * 0.3 U apart, but at
+// least 4 pixels, 6 for beads. Each takes the colour at its middle. 0 arithmetic mean: dots of
+// paint that differ a little in colour; 1 minimum: dark dots on light ground; 2 maximum: light dots
+// on dark ground; 3 geometric mean: beads of glass, through which the picture shows; 4 Yp mean:
+// beads of coloured glass. The filter of that name runs over the picture before (window of half the
+// distance), or over the dots afterwards (a quarter). Alpha stays, and colours count by it in the
+// filter. Size 0 changes nothing.
 extern const Operation stippleOperation;
 
 } // namespace kvn::imaging

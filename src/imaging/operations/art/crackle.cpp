@@ -211,7 +211,7 @@ class Crackle {
     }
 
   private:
-    double bendSide() const { return bend_ > 0 ? bend_ * 2 + 2 : 1000; }
+    double bendSide() const { return bend_ > 0 ? bend_ * 2.8 + 2 : 1000; }
 
     void bendPlaces(int y, int width, NearSeeds& near) const {
         across_.row(y, 0, width, near.placeX.data());

@@ -33,17 +33,18 @@ KVN_CLONES void veilValues(const std::uint8_t* __restrict sharp, const float* __
     for (std::size_t i = 0; i < count; ++i) {
         const float s = sharp[i], b = blurred[i];
         float veil = b;
+        if constexpr (mode == maximum)
+            veil = s + b - s * b * (1.0f / 255);
+        else if constexpr (mode == minimum)
+            veil = s * b * (1.0f / 255);
+        float mixed = veil + (s - veil) * share;
+        mixed = mixed > 0 ? mixed : 0;
+        mixed = mixed < 255 ? mixed : 255;
         if constexpr (mode == highContrast) {
-            const float t = b * (1.0f / 255);
-            veil = b * t * (3 - 2 * t);
-        } else if constexpr (mode == maximum) {
-            veil = s > b ? s : b;
-        } else if constexpr (mode == minimum) {
-            veil = s < b ? s : b;
+            const float t = mixed * (1.0f / 255);
+            mixed *= t * (3 - 2 * t);
         }
-        const float mixed = veil + (s - veil) * share;
-        const float level = mixed > 0 ? mixed : 0;
-        out[i] = static_cast<std::uint8_t>(static_cast<int>((level < 255 ? level : 255) + 0.5f));
+        out[i] = static_cast<std::uint8_t>(static_cast<int>(mixed + 0.5f));
     }
 }
 

@@ -19,8 +19,8 @@ namespace kvn::imaging {
 namespace {
 
 constexpr std::uint32_t seedOfHand = 5113;
-constexpr double percentPerPixel = 25; // of the Gaussian blur
-constexpr double spreadBefore = 4, spreadAfter = 1.3;
+constexpr double percentPerPixel = 25;                // of the Gaussian blur
+constexpr double spreadBefore = 4, spreadAfter = 1.3; // standard deviations in U
 enum Filter { blurred, smoothed, posterized, despeckled };
 
 constexpr Argument scribbleArguments[] = {
@@ -30,21 +30,53 @@ constexpr Argument scribbleArguments[] = {
     {"filter first", ArgumentKind::Boolean, 0, 0, "", "filters the picture, else the drawing"},
 };
 
-// `spread` is the blur's standard deviation in U.
-Raster filtered(int filter, double spread, const Raster& source, double unit, Task& task) {
+// The colours of a row with their luma rounded to one of five levels.
+template <int channels, int colors>
+void flattenRow(const std::uint8_t* in, std::uint8_t* out, int width) {
+    constexpr int levels = 5;
+    for (int x = 0; x < width; ++x, in += channels, out += channels) {
+        const int light = colors == 1 ? in[0] : luma(in[0], in[1], in[2]);
+        const int level = (light * (levels - 1) + 127) / 255 * 255 / (levels - 1);
+        const float scale = static_cast<float>(level) / static_cast<float>(std::max(1, light));
+        for (int c = 0; c < colors; ++c)
+            out[c] = static_cast<std::uint8_t>(std::min(255.0f, in[c] * scale + 0.5f));
+        if constexpr (colors < channels) out[colors] = in[colors];
+    }
+}
+
+// Posterized without new hues: channels that step by themselves turn the soft edges of strokes into
+// crumbs of all colours.
+Raster flattened(const Raster& source, Task& task) {
+    Raster result = Raster::uninitialized(source.type(), source.width(), source.height());
+    const ConstView from = source.view();
+    const View to = result.edit();
+    constexpr decltype(&flattenRow<1, 1>) kernels[] = {flattenRow<1, 1>, flattenRow<2, 1>,
+                                                       flattenRow<3, 3>, flattenRow<4, 3>};
+    const auto kernel = kernels[bytesPerPixel(from.type) - 1];
+    parallelRows(from.height, task, [&](int y0, int y1) {
+        for (int y = y0; y < y1; ++y)
+            kernel(from.row(y), to.row(y), from.width);
+    });
+    return result;
+}
+
+// What the picture goes through before it is drawn, or else the drawing.
+Raster filtered(int filter, bool before, const Raster& source, double unit, Task& task) {
     switch (filter) {
-    case blurred:
-        return gaussianBlurOperation.run(
-            source,
-            Arguments(
-                {std::int64_t{std::max(15, static_cast<int>(unit * spread * percentPerPixel))}}),
-            task);
+    case blurred: {
+        const double spread = before ? spreadBefore : spreadAfter;
+        const int percent = std::max(15, static_cast<int>(unit * spread * percentPerPixel));
+        return gaussianBlurOperation.run(source, Arguments({std::int64_t{percent}}), task);
+    }
     case smoothed: {
-        const int size = std::clamp(static_cast<int>(unit * 10) | 1, 5, 9);
+        // Strokes have to outlast it.
+        const int size = before ? std::clamp(static_cast<int>(unit * 10) | 1, 5, 9)
+                                : std::clamp(static_cast<int>(unit * 2) | 1, 3, 5);
         return medianCutOperation.run(source, Arguments({std::int64_t{size}, true}), task);
     }
     case posterized:
-        return posterizeOperation.run(source, Arguments({}), task);
+        return before ? posterizeOperation.run(source, Arguments({}), task)
+                      : flattened(source, task);
     default:
         return despeckleOperation.run(source, Arguments({}), task);
     }
@@ -289,12 +321,12 @@ Raster scribble(const Raster& picture, const Arguments& arguments, Task& task) {
     Raster result;
     {
         const Task::Stage stage(task, 0, 0.5);
-        result = first ? filtered(filter, spreadBefore, source, unit, task)
+        result = first ? filtered(filter, true, source, unit, task)
                        : drawn(source, darkness, unit, task);
     }
     const Task::Stage stage(task, 0.5, 1);
     return first ? drawn(result, darkness, unit, task)
-                 : filtered(filter, spreadAfter, result, unit, task);
+                 : filtered(filter, false, result, unit, task);
 }
 
 } // namespace

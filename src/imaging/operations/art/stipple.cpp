@@ -32,14 +32,15 @@ struct Touch {
     float ground; // between the dots, against the dots there
     float lens;   // how much of what is under a dot shows in it, magnified; 0: one colour
     float glint;  // of a bead's light
+    double least; // pixels between dots that can be told from noise
 };
 
 constexpr Touch touches[filters] = {
-    {&arithmeticMeanOperation, 0.16f, 0.10f, 0.86f, 0, 0},
-    {&minimumOperation, 0.10f, 0.05f, 1.55f, 0, 0},
-    {&maximumOperation, 0.10f, 0.05f, 0.35f, 0, 0},
-    {&geometricMeanOperation, 0.04f, 0.0f, 0.55f, 0.55f, 0.55f},
-    {&ypMeanOperation, 0.22f, 0.12f, 0.55f, 0.8f, 0.4f},
+    {&arithmeticMeanOperation, 0.16f, 0.10f, 0.86f, 0, 0, 4},
+    {&minimumOperation, 0.10f, 0.05f, 1.55f, 0, 0, 4},
+    {&maximumOperation, 0.10f, 0.05f, 0.35f, 0, 0, 4},
+    {&geometricMeanOperation, 0.04f, 0.0f, 0.55f, 0.55f, 0.55f, 6},
+    {&ypMeanOperation, 0.22f, 0.12f, 0.55f, 0.8f, 0.4f, 6},
 };
 
 Raster filtered(const Touch& touch, const Raster& source, int size, Task& task) {
@@ -164,7 +165,7 @@ Raster stipple(const Raster& picture, const Arguments& arguments, Task& task) {
     const Touch& touch = touches[std::clamp(arguments.integer(1), 0, filters - 1)];
     const Raster source = promoted(picture, task);
     const double unit = std::min(source.width(), source.height()) / 1000.0;
-    const double pitch = std::max(3.0, size / 100.0 * widestPitch * unit);
+    const double pitch = std::max(touch.least, size / 100.0 * widestPitch * unit);
     const bool first = arguments.boolean(2);
     const int window = static_cast<int>(pitch * (first ? 0.5 : 0.25)) | 1;
     Raster result;

@@ -131,6 +131,8 @@ double smoothStep(double from, double to, double value) {
     return t * t * (3 - 2 * t);
 }
 
+constexpr double brightestPupil = 60; // of its green and blue
+
 // Takes the red out of a disc a little larger than the pupil. At its soft rim pixels are red in
 // part only, and still too red for an iris.
 void darken(const Patch& patch, double least, const View& view) {
@@ -149,11 +151,17 @@ void darken(const Patch& patch, double least, const View& view) {
             const double across = (x - centreX) / (halfWidth + margin);
             const double down = (y - centreY) / (halfHeight + margin);
             std::uint8_t* p = view.row(y) + x * channels;
-            const double weight = smoothStep(1, 0.85, across * across + down * down) *
-                                  smoothStep(0.12, 0.6 * least, Redness::purity(p));
+            const double inside = smoothStep(1, 0.85, across * across + down * down);
+            const double purity = Redness::purity(p);
+            const double weight = inside * smoothStep(0.12, 0.6 * least, purity);
             const double neutral = (p[1] + p[2]) / 2.0;
-            if (p[0] > neutral)
-                p[0] = static_cast<std::uint8_t>(std::lround(p[0] + weight * (neutral - p[0])));
+            // Pale red would leave a light grey, which no pupil is.
+            const double depth = 1 - inside * smoothStep(0.6 * least, least, purity) *
+                                         (1 - brightestPupil / std::max(brightestPupil, neutral));
+            const double red = p[0] > neutral ? p[0] + weight * (neutral - p[0]) : p[0];
+            p[0] = static_cast<std::uint8_t>(std::lround(red * depth));
+            p[1] = static_cast<std::uint8_t>(std::lround(p[1] * depth));
+            p[2] = static_cast<std::uint8_t>(std::lround(p[2] * depth));
         }
 }
 

@@ -1,12 +1,15 @@
 #include "imaging/operations/support/warp.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <utility>
 #include <vector>
 
 #include "imaging/operations/support/color_maps.h"
+#include "imaging/operations/support/simd.h"
 #include "imaging/operations/support/warp_rows.h"
 
 namespace kvn::imaging {
@@ -31,12 +34,38 @@ void setBackground(WarpRow& row, const WarpSettings& settings, bool weighted) {
     if (channels == 2) row.background[1] = values[3];
 }
 
+// The places on an axis that is mirrored at 0 and at `last` for ever.
+KVN_CLONES void mirror(float* places, int count, float last) {
+    constexpr int block = 64; // most lie within the picture as they are
+    const float lap = 2 * last, perLap = last > 0 ? 1 / lap : 0;
+    // Numbers from 0 up are in the order of their bits, and those below 0 beyond them.
+    const auto limit = std::bit_cast<std::uint32_t>(last);
+    for (int from = 0; from < count; from += block) {
+        const int to = from + block < count ? from + block : count;
+        std::uint32_t beyond = 0;
+        for (int i = from; i < to; ++i)
+            beyond |= static_cast<std::uint32_t>(std::bit_cast<std::uint32_t>(places[i]) > limit);
+        if (beyond == 0) continue;
+        for (int i = from; i < to; ++i) {
+            const float place = places[i], laps = place * perLap;
+            const float part = (laps - __builtin_floorf(laps)) * lap;
+            const float back = lap - part, reflected = part < back ? part : back;
+            places[i] = place < 0 || place > last ? reflected : place;
+        }
+    }
+}
+
 // The places of one row of the result, and of a pixel more.
 struct Places {
     explicit Places(int width)
         : x(static_cast<std::size_t>(width) + 1), y(static_cast<std::size_t>(width) + 1) {}
     void fill(const WarpMap& map, int row, int left) {
         map(row, left, static_cast<int>(x.size()), x.data(), y.data());
+    }
+    void mirrorAt(const ConstView& edges) {
+        const auto count = static_cast<int>(x.size());
+        mirror(x.data(), count, static_cast<float>(edges.width - 1));
+        mirror(y.data(), count, static_cast<float>(edges.height - 1));
     }
     std::vector<float> x, y;
 };
@@ -77,12 +106,17 @@ struct Driver {
         for (int y = y0; y < y1; ++y) {
             fillRest(y);
             if (y < active.y || y >= active.bottom()) continue;
-            if (filled != y) here.fill(map, y, active.x);
-            below.fill(map, y + 1, active.x);
+            if (filled != y) fill(here, y);
+            fill(below, y + 1);
             sample(here, below, y, kinds);
             std::swap(here, below);
             filled = y + 1;
         }
+    }
+
+    void fill(Places& places, int y) const {
+        places.fill(map, y, active.x);
+        if (settings.mirrored) places.mirrorAt(row.source);
     }
 
     void sample(const Places& here, const Places& below, int y,

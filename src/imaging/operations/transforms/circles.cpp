@@ -103,7 +103,7 @@ constexpr Argument rippleArguments[] = {
      "damping: 0 full, 1 linear, 2 square, 3 sine, 4 cosine", false, true},
     {"maxRadius", ArgumentKind::Integer, 0, 65535, "px",
      "nothing changes beyond; below 1 nothing does"},
-    {"amount", ArgumentKind::Integer, -1000, 1000, "px", "height of the waves; clamped"},
+    {"amount", ArgumentKind::Integer, -1000, 1000, "px", "from trough to crest; clamped"},
     {"periods", ArgumentKind::Number, 0, 100, "", "waves from the centre to the radius; clamped"},
     offsetXArgument,
     offsetYArgument};
@@ -115,7 +115,7 @@ double damping(int style, double u) {
     case 2:
         return (1 - u) * (1 - u);
     case 3:
-        return 1 - std::sin(pi / 2 * u);
+        return std::sin(pi * u);
     case 4:
         return std::cos(pi / 2 * u);
     default:
@@ -126,12 +126,12 @@ double damping(int style, double u) {
 Raster ripple(const Raster& source, const Arguments& arguments, Task& task) {
     const int style = arguments.integer(0);
     const double radius = arguments.integer(1);
-    const double amount = std::clamp(arguments.integer(2), -1000, 1000);
+    const double height = std::clamp(arguments.integer(2), -1000, 1000) / 2.0;
     const double periods = periodsFrom(arguments, 3);
-    if (amount == 0 || periods == 0) return source;
+    if (height == 0 || periods == 0) return source;
     return radiallyDistorted(source, about(arguments, 4, radius), task, [=](double r) {
         const double u = std::min(1.0, r / radius);
-        return RadialPlace{r + amount * damping(style, u) * std::sin(2 * pi * periods * u), 0};
+        return RadialPlace{r + height * damping(style, u) * std::sin(2 * pi * periods * u), 0};
     });
 }
 

@@ -1,6 +1,7 @@
 // Distortions. The picture keeps its size; every pixel of the result is fetched from another place
 // of the picture, sampled bicubically, and as the mean over its area where the picture shrinks.
-// Beyond the edges the last pixel repeats unless told otherwise. Colours are weighted by alpha;
+// Beyond its edges the picture goes on as its mirror image,
+// unless told otherwise. Colours are weighted by alpha;
 // 1-bit and palette pictures become 24-bit, or 32-bit where the palette has alpha. Arguments that
 // move nothing leave the picture as it is.
 //
@@ -30,8 +31,9 @@ extern const Operation lensOperation;
 extern const Operation pinchOperation;
 
 // Transforms.Ripple(damping, R, amount, periods, offsetX, offsetY): waves as of a stone in water:
-// source r = r + amount * d(u) * sin(2 pi periods u), with d by the style: 0 full 1, 1 linear
-// 1 - u, 2 square (1 - u)^2, 3 sine 1 - sin(pi u / 2), 4 cosine cos(pi u / 2).
+// source r = r + amount / 2 * d(u) * sin(2 pi periods u), with d by the style: 0 full 1, 1 linear
+// 1 - u, 2 square (1 - u)^2, 3 sine sin(pi u), 4 cosine cos(pi u / 2): the sine is
+// strongest half way, the others in the middle.
 extern const Operation rippleOperation;
 
 // Transforms.Wow(style, R): 0 Stretch draws the rim of the circle outwards into rays (source
@@ -49,7 +51,8 @@ extern const Operation zigZagOperation;
 
 // Transforms.Offset(style, offsetX, offsetY): moves the picture by whole pixels. What leaves on
 // one side comes back on the other: style 1 both ways, 2 left and right, 3 top and bottom;
-// otherwise what becomes free is clear, or black. Keeps every type.
+// otherwise what becomes free is clear, or black; a palette gets that colour if it has room, else
+// its nearest one stands for it. Keeps every type.
 extern const Operation offsetOperation;
 
 // Transforms.LineSlice(style, offset1, offset2): style 0 moves even rows to the right by offset1
@@ -70,11 +73,15 @@ extern const Operation perlinOperation;
 // a hash of its place; the picture looks as through frosted glass. Samples the nearest pixel.
 extern const Operation randomOperation;
 
-// Transforms.Custom(): a kaleidoscope of six mirrored pairs about the centre.
+// Transforms.Custom(): a kaleidoscope of six mirrored pairs about the centre. They show the sector
+// of 30 degrees, of the twelve from straight up on, whose colours vary most.
 extern const Operation customOperation;
 
 // Geometry.Warp(x1, y1, x2, y2): pushes the picture along the line: what is at its start comes to
-// its end, and what lies around follows, less and less up to 2.5 times the line's length away.
+// its end, and what lies around follows, less and less up to 2.5 times the line's length away and
+// up to the picture's edges, which stay where they are. With (dx, dy) from the end of the line,
+// L its length and (rx, ry) from its end to the edges on the side of the pixel, a place moves by
+// (1 - q)^2 of the line, q^2 = (d / 2.5 L)^4 + (dx / rx)^4 + (dy / ry)^4.
 extern const Operation warpOperation;
 
 // Transforms.BumpMap(amount, bump): lights the picture as if the bump picture, stretched to its
