@@ -84,6 +84,7 @@ class PcxTest : public QObject {
     void colorPlanes();
     void palettes();
     void runsCrossLines();
+    void largeFiles();
     void missingRowsAreBlack();
     void refused();
     void damaged();
@@ -190,6 +191,28 @@ void PcxTest::palettes() {
 void PcxTest::runsCrossLines() {
     PcxBuilder builder{.width = 2, .height = 3, .data = {0xc5, 7, 0xc0, 99, 1}};
     QCOMPARE(allIndices(decoded(builder)), File({7, 7, 7, 7, 7, 1}));
+}
+
+void PcxTest::largeFiles() {
+    // Decoded from several places; half of it are bytes that look like the start of a run.
+    PcxBuilder builder{.width = 1022, .height = 1500, .lineBytes = 1022};
+    File indices;
+    for (std::uint32_t noise = 1; indices.size() < 1022 * 1500;) {
+        noise = noise * 1664525 + 1013904223;
+        const int high = indices.size() > 700000 ? 0xc0 : 0;
+        const auto value = static_cast<std::uint8_t>(noise >> 24 | static_cast<unsigned>(high));
+        const std::size_t run = noise >> 8 & 3 ? 1 : (noise >> 10) % 63 + 1;
+        if (run > 1 || value >= 0xc0) builder.data.push_back(static_cast<std::uint8_t>(0xc0 | run));
+        builder.data.push_back(value);
+        indices.insert(indices.end(), run, value);
+    }
+    indices.resize(1022 * 1500);
+    // The palette is found though it does not end the file.
+    builder.data.push_back(12);
+    builder.data.resize(builder.data.size() + 768 + 5, 9);
+    const Raster raster = decoded(builder);
+    QCOMPARE(raster.palette()[7], (Rgba{9, 9, 9, 255}));
+    QVERIFY(allIndices(raster) == indices);
 }
 
 void PcxTest::missingRowsAreBlack() {

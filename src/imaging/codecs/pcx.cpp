@@ -139,7 +139,7 @@ class PcxCodec final : public Codec {
     }
     bool recognises(std::span<const std::uint8_t> file) const override { return isPcx(file); }
 
-    Picture read(std::span<const std::uint8_t> file, ReadLimits limits, Task&) const override {
+    Picture read(std::span<const std::uint8_t> file, ReadLimits limits, Task& task) const override {
         const PcxHeader header = readPcxHeader(file);
         limits.take(header.width, header.height, header.type);
         requirePlausible(header.width, header.height, header.type, header.pixels.size());
@@ -149,7 +149,7 @@ class PcxCodec final : public Codec {
         meta.xDpi = header.xDpi;
         meta.yDpi = header.yDpi;
         Page page;
-        page.raster = readPcxPixels(header, picture.warnings);
+        page.raster = readPcxPixels(header, task, picture.warnings);
         page.metadata = std::make_shared<const Metadata>(std::move(meta));
         picture.pages.push_back(std::move(page));
         return picture;

@@ -1,11 +1,16 @@
 #include "imaging/codecs/pcx_read.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
+#include <optional>
+
+#include <opencv2/core.hpp>
 
 #include "basic/error.h"
 #include "imaging/codecs/fields.h"
 #include "imaging/codecs/one_page.h"
+#include "imaging/codecs/pcx_runs.h"
 
 namespace kvn::imaging {
 
@@ -50,14 +55,34 @@ Palette bitmapPalette(const Palette& header) {
     return Palette({first, second});
 }
 
-bool hasTail(std::span<const std::uint8_t> file) {
-    return file.size() >= headerSize + tailSize && file[file.size() - tailSize] == tailMark;
+// All planes of a row.
+std::uint64_t rowSize(const PcxHeader& header) {
+    return std::uint64_t{header.lineBytes} * static_cast<unsigned>(header.planes);
 }
 
-Palette paletteOf(const PcxHeader& header, std::span<const std::uint8_t> file) {
+// The offset of the palette of 256 colours, 0 without one: it ends the file, but some programs
+// have put more behind it.
+std::size_t tailAt(const PcxHeader& header, std::span<const std::uint8_t> file) {
+    const auto isTail = [&](std::size_t at) { return file[at] == tailMark; };
+    if (file.size() < headerSize + tailSize) return 0;
+    const std::size_t last = file.size() - tailSize;
+    if (isTail(last)) return last;
+    const std::uint64_t wanted = rowSize(header) * static_cast<unsigned>(header.height);
+    std::uint64_t at = headerSize + wanted;
+    if (header.packed) {
+        Task quiet;
+        const PcxRuns runs(file.subspan(headerSize), quiet);
+        if (runs.size() < wanted) return 0;
+        at = headerSize + PcxRuns::Reader(runs, wanted).position();
+    }
+    return at < last && isTail(static_cast<std::size_t>(at)) ? static_cast<std::size_t>(at) : 0;
+}
+
+Palette paletteOf(const PcxHeader& header, std::span<const std::uint8_t> file, std::size_t tail) {
     constexpr std::uint8_t noPalette = 3; // of the versions
     const int bits = header.bits * header.planes;
-    if (bits > 4) return hasTail(file) ? paletteFrom(file.last(tailSize - 1)) : Palette::grayRamp();
+    if (bits > 4)
+        return tail ? paletteFrom(file.subspan(tail + 1, tailSize - 1)) : Palette::grayRamp();
     const Palette stored = paletteFrom(file.subspan(16, std::size_t{3} << bits));
     if (bits == 1) return file[1] == noPalette ? Palette::blackAndWhite() : bitmapPalette(stored);
     const bool blank = std::ranges::all_of(stored.colors(), [](Rgba c) { return c == Rgba{}; });
@@ -80,93 +105,82 @@ void setResolution(PcxHeader& header, const LittleFields& fields) {
     header.yDpi = y;
 }
 
-// The run lengths of a whole picture; runs may go on from line to line.
-class Lines {
-  public:
-    Lines(std::span<const std::uint8_t> data, bool packed) : data_(data), packed_(packed) {}
-
-    // Fills the line, with zeros from where the data end; false if there was nothing left.
-    bool next(std::span<std::uint8_t> line) {
-        if (at_ >= data_.size() && run_ == 0) return false;
-        if (!packed_) {
-            const std::size_t n = std::min(line.size(), data_.size() - at_);
-            std::memcpy(line.data(), data_.data() + at_, n);
-            std::fill(line.begin() + static_cast<std::ptrdiff_t>(n), line.end(), 0);
-            at_ += n;
-            return true;
-        }
-        std::size_t done = 0;
-        while (done < line.size() && (run_ > 0 || startRun())) {
-            const std::size_t n = std::min(run_, line.size() - done);
-            std::memset(line.data() + done, value_, n);
-            done += n;
-            run_ -= n;
-        }
-        std::fill(line.begin() + static_cast<std::ptrdiff_t>(done), line.end(), 0);
-        return true;
-    }
-
-  private:
-    bool startRun() {
-        constexpr std::uint8_t runMark = 0xc0;
-        while (at_ < data_.size()) {
-            value_ = data_[at_++];
-            run_ = 1;
-            if (value_ < runMark) return true;
-            run_ = value_ & 0x3f;
-            if (at_ >= data_.size())
-                run_ = 0;
-            else
-                value_ = data_[at_++];
-            if (run_ > 0) return true;
-        }
-        return false;
-    }
-
-    std::span<const std::uint8_t> data_;
-    bool packed_;
-    std::size_t at_ = 0;
-    std::size_t run_ = 0;
-    std::uint8_t value_ = 0;
-};
-
 // What a plane's line takes in memory: wrong headers give lines that are too short for the width.
 std::size_t planeStride(const PcxHeader& header) {
     const auto bits = std::size_t(header.width) * std::size_t(header.bits);
     return std::max(header.lineBytes, (bits + 7) / 8);
 }
 
-bool nextLine(const PcxHeader& header, Lines& lines, std::span<std::uint8_t> planes) {
-    const std::size_t stride = planeStride(header);
-    if (!lines.next(planes.first(header.lineBytes))) return false;
-    for (std::size_t p = 1; p < static_cast<std::size_t>(header.planes); ++p) {
-        const auto line = planes.subspan(p * stride, header.lineBytes);
-        if (!lines.next(line)) std::ranges::fill(line, std::uint8_t{0});
+// The planes of one row after another, each plane as long as planeStride().
+class Lines {
+  public:
+    // `runs` is null if the pixels are not packed.
+    Lines(const PcxHeader& header, const PcxRuns* runs, int firstRow)
+        : header_(header), start_(rowSize(header) * static_cast<unsigned>(firstRow)),
+          stored_(static_cast<std::size_t>(rowSize(header)) + PcxRuns::Reader::slack) {
+        if (runs) reader_.emplace(*runs, start_);
     }
-    return true;
+
+    // What is missing is 0.
+    const std::uint8_t* next() {
+        const auto size = static_cast<std::size_t>(rowSize(header_));
+        if (reader_) {
+            reader_->read(stored_.data(), size);
+        } else {
+            std::ranges::fill(stored_, std::uint8_t{0});
+            std::ranges::copy(partOf(header_.pixels, start_, size), stored_.begin());
+            start_ += size;
+        }
+        const std::size_t stride = planeStride(header_);
+        if (stride == header_.lineBytes) return stored_.data();
+        spread_.resize(stride * static_cast<std::size_t>(header_.planes));
+        for (std::size_t p = 0; p < static_cast<std::size_t>(header_.planes); ++p)
+            std::copy_n(stored_.begin() + static_cast<std::ptrdiff_t>(p * header_.lineBytes),
+                        header_.lineBytes,
+                        spread_.begin() + static_cast<std::ptrdiff_t>(p * stride));
+        return spread_.data();
+    }
+
+  private:
+    const PcxHeader& header_;
+    std::uint64_t start_;
+    std::vector<std::uint8_t> stored_, spread_;
+    std::optional<PcxRuns::Reader> reader_;
+};
+
+// The pixels in a plane's byte, one in each byte of the number, the left one lowest.
+using PixelsOfByte = std::array<std::uint64_t, 256>;
+
+PixelsOfByte pixelsOfByte(int bits) {
+    PixelsOfByte table{};
+    for (unsigned byte = 0; byte < table.size(); ++byte)
+        for (int i = 0; i < 8 / bits; ++i)
+            table[byte] |= std::uint64_t{byte >> (8 - bits * (i + 1)) & ((1u << bits) - 1)}
+                           << 8 * i;
+    return table;
 }
 
-void joinIndices(const PcxHeader& header, const std::uint8_t* line, std::uint8_t* row) {
+void joinIndices(const PcxHeader& header, const PixelsOfByte& pixels, const std::uint8_t* line,
+                 std::uint8_t* row) {
     const std::size_t stride = planeStride(header);
-    const int bits = header.bits, most = (1 << bits) - 1;
-    for (int x = 0; x < header.width; ++x) {
-        const std::size_t place = static_cast<std::size_t>(x) * static_cast<std::size_t>(bits);
-        const int shift = 8 - bits - static_cast<int>(place % 8);
-        int index = 0;
+    const int inByte = 8 / header.bits;
+    for (int x = 0; x < header.width; x += inByte, ++line) {
+        std::uint64_t indices = 0;
         for (int p = 0; p < header.planes; ++p)
-            index |= (line[stride * std::size_t(p) + place / 8] >> shift & most) << p * bits;
-        row[x] = static_cast<std::uint8_t>(index);
+            indices |= pixels[line[stride * std::size_t(p)]] << p * header.bits;
+        for (int i = 0; i < std::min(inByte, header.width - x); ++i)
+            row[x + i] = static_cast<std::uint8_t>(indices >> 8 * i);
     }
 }
 
 void joinColors(const PcxHeader& header, const std::uint8_t* line, std::uint8_t* row) {
-    const int channels = header.planes;
-    for (int p = 0; p < channels; ++p) {
-        const std::uint8_t* from = line + planeStride(header) * std::size_t(p);
-        std::uint8_t* to = row + p;
-        for (int x = 0; x < header.width; ++x, to += channels)
-            *to = from[x];
-    }
+    std::array<cv::Mat, 4> planes;
+    for (std::size_t p = 0; p < planes.size(); ++p)
+        planes[p] = cv::Mat(1, header.width, CV_8UC1,
+                            const_cast<std::uint8_t*>(line) + planeStride(header) * p);
+    const auto count = static_cast<std::size_t>(header.planes);
+    cv::Mat to(1, header.width, CV_8UC(header.planes), row);
+    cv::merge(planes.data(), count, to);
 }
 
 } // namespace
@@ -195,32 +209,45 @@ PcxHeader readPcxHeader(std::span<const std::uint8_t> file) {
         refuse("The PCX file has an unknown depth (" + std::to_string(header.planes) +
                " planes of " + std::to_string(header.bits) + " bits).");
     if (header.lineBytes == 0) refuse("The PCX file's lines are empty.");
-    if (bits <= 8) header.palette = paletteOf(header, file);
+    const std::size_t tail = bits > 4 && bits <= 8 ? tailAt(header, file) : 0;
+    if (bits <= 8) header.palette = paletteOf(header, file, tail);
     header.type = typeOf(header);
-    const bool tail = bits > 4 && bits <= 8 && hasTail(file);
-    header.pixels = file.subspan(headerSize, file.size() - headerSize - (tail ? tailSize : 0));
+    header.pixels = file.subspan(headerSize, (tail ? tail : file.size()) - headerSize);
     setResolution(header, fields);
     return header;
 }
 
-Raster readPcxPixels(const PcxHeader& header, std::vector<std::string>& warnings) {
+Raster readPcxPixels(const PcxHeader& header, Task& task, std::vector<std::string>& warnings) {
     Raster raster = Raster::uninitialized(header.type, header.width, header.height);
     if (hasPalette(header.type)) raster.setPalette(header.palette);
     const View view = raster.edit();
-    std::vector<std::uint8_t> line(planeStride(header) * static_cast<std::size_t>(header.planes));
-    Lines lines(header.pixels, header.packed);
+    std::optional<PcxRuns> runs;
+    if (header.packed) {
+        const Task::Stage first(task, 0, 0.3);
+        runs.emplace(header.pixels, task);
+    }
     if (planeStride(header) > header.lineBytes)
         warnings.push_back("The PCX file's lines are too short for its width.");
-    int y = 0;
-    for (; y < header.height && nextLine(header, lines, line); ++y) {
-        if (header.planes == 1 && (header.bits == 1 || header.bits == 8))
-            std::memcpy(view.row(y), line.data(), raster.rowBytes());
-        else if (header.type == ImageType::Rgb24 || header.type == ImageType::Rgba32)
-            joinColors(header, line.data(), view.row(y));
-        else
-            joinIndices(header, line.data(), view.row(y));
-    }
-    blackenMissingRows(view, raster.palette(), y, true, "PCX", warnings);
+    const std::uint64_t size = runs ? runs->size() : header.pixels.size();
+    const auto rows = static_cast<int>(std::min<std::uint64_t>(
+        (size + rowSize(header) - 1) / rowSize(header), unsigned(header.height)));
+    const bool plain = header.planes == 1 && (header.bits == 1 || header.bits == 8);
+    const bool color = header.type == ImageType::Rgb24 || header.type == ImageType::Rgba32;
+    const PixelsOfByte pixels = pixelsOfByte(header.bits);
+    const Task::Stage second(task, 0.3, 1);
+    parallelRows(rows, task, [&](int y0, int y1) {
+        Lines lines(header, runs ? &*runs : nullptr, y0);
+        for (int y = y0; y < y1; ++y) {
+            const std::uint8_t* const line = lines.next();
+            if (plain)
+                std::memcpy(view.row(y), line, raster.rowBytes());
+            else if (color)
+                joinColors(header, line, view.row(y));
+            else
+                joinIndices(header, pixels, line, view.row(y));
+        }
+    });
+    blackenMissingRows(view, raster.palette(), rows, true, "PCX", warnings);
     return raster;
 }
 

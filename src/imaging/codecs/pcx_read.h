@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "imaging/raster.h"
+#include "imaging/task.h"
 
 namespace kvn::imaging {
 
@@ -28,12 +29,12 @@ bool isPcx(std::span<const std::uint8_t> file);
 
 // Throws RuntimeError(invalidPicture) for what cannot be read.
 //
-// Palettes: 8 bits take the one at the file's end, or are grey without it; fewer bits take the
+// Palettes: 8 bits take the one behind the pixels, or are grey without it; fewer bits take the
 // header's, unless the version says that it has none. One bit is black and white, unless the
 // header names two colours that are no mere start of the standard palette.
 PcxHeader readPcxHeader(std::span<const std::uint8_t> file);
 
 // Rows that are missing are black, and a warning says so.
-Raster readPcxPixels(const PcxHeader& header, std::vector<std::string>& warnings);
+Raster readPcxPixels(const PcxHeader& header, Task& task, std::vector<std::string>& warnings);
 
 } // namespace kvn::imaging
