@@ -236,6 +236,12 @@ void BmpTest::oldHeadersAndRowOrder() {
     old.pixels = {0, 1, 0, 0, 1, 0, 0, 0};
     QCOMPARE(decoded(old).pixel(1, 1), opaque(0, 0, 7));
     QCOMPARE(allIndices(decoded(old)), File({1, 0, 0, 1}));
+    // The first of several forms of one picture; offsets count from the start of the file.
+    File array = old.file();
+    array[10] += 14;
+    array.insert(array.begin(), {'B', 'A', 14, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0});
+    QVERIFY(codecForContent(array, "") == &bmpCodec());
+    QCOMPARE(allIndices(reread(bmpCodec(), array).pages.front().raster), File({1, 0, 0, 1}));
     BmpBuilder down{.width = 1, .height = -2, .pixels = {1, 2, 3, 0, 4, 5, 6, 0}};
     QCOMPARE(decoded(down).pixel(0, 0), opaque(3, 2, 1));
     BmpBuilder shortOs2{.headerSize = 40, .width = 1, .height = 1, .pixels = {1, 2, 3, 0}};

@@ -127,6 +127,12 @@ class Independent : public QObject {
             {"PSD:-", FileType::Psd, false, {"-compress", "None", "-colorspace", "Gray"}},
             {"PSD:-", FileType::Psd, false, {"-monochrome"}},
             {"ICO:-", FileType::Ico, true, {}},
+            // Without being told, it writes TGA upside down.
+            {"TGA:-", FileType::Tga, true, {"-orient", "TopLeft"}},
+            {"TGA:-", FileType::Tga, false, {"-orient", "TopLeft", "-compress", "RLE"}},
+            {"TGA:-", FileType::Tga, false, {"-orient", "TopLeft", "-colors", "99"}},
+            {"TGA:-", FileType::Tga, false, {"-orient", "TopLeft", "-colorspace", "Gray"}},
+            {"WBMP:-", FileType::Wbmp, false, {"-monochrome"}},
         };
         for (const Case& c : cases) {
             const Raster& from = c.alpha ? source : opaque;

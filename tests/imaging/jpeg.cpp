@@ -429,6 +429,18 @@ class JpegTest : public QObject {
             for (int y = 300; y < 400; ++y)
                 QCOMPARE(read.pixel(200, y), (Rgba{0, 0, 0}));
         }
+        // A later scan whose beginning is cut only lacks detail.
+        const File scans = byLibrary({.progressive = true}, 400, 400, rgbOf(raster));
+        const File scanMark{0xff, 0xda};
+        const auto first =
+            std::search(scans.begin(), scans.end(), scanMark.begin(), scanMark.end());
+        const auto next = std::search(first + 2, scans.end(), scanMark.begin(), scanMark.end());
+        const Raster early = reread(jpegCodec(), File(scans.begin(), next)).pages.front().raster;
+        for (int bytes = 1; bytes < 9; ++bytes) {
+            const Picture picture = reread(jpegCodec(), File(scans.begin(), next + bytes));
+            QVERIFY(picture.pages.front().raster.samePixels(early));
+            QVERIFY(!picture.warnings.empty());
+        }
         // A missing end mark alone costs nothing.
         File whole = byLibrary({}, 400, 400, rgbOf(raster));
         const Raster intact = reread(jpegCodec(), whole).pages.front().raster;

@@ -87,6 +87,7 @@ class Limits : public QObject {
   private slots:
     void hugeSidesAreRefusedAtOnce_data();
     void hugeSidesAreRefusedAtOnce();
+    void hugeSidesLaidByHand();
     void missingPixelsAreNoOldMemory_data();
     void missingPixelsAreNoOldMemory();
     void writersRefuseWhatFieldsCannotHold();
@@ -117,6 +118,23 @@ void Limits::hugeSidesAreRefusedAtOnce() {
     const int error = errorOf(codec, file);
     QVERIFY(error == errors::outOfMemory || error == errors::invalidPicture);
     QVERIFY(timer.elapsed() < 2000);
+    QVERIFY(peakKilobytes() - before < 64 << 10);
+}
+
+void Limits::hugeSidesLaidByHand() {
+    // Sides in groups of seven bits; a bitmap of 32 bits in a file that names no size.
+    const File wbmp{0, 0, 0x82, 0xea, 0x40, 0x82, 0xea, 0x40, 0xff, 0xff};
+    File ico{0, 0, 1, 0, 1, 0, 0, 0, 0, 0, 1, 0, 32, 0, 60, 0, 0, 0, 22, 0, 0, 0, 40};
+    ico.resize(82);
+    overwrite(ico, 26, 46400, 4, false);
+    overwrite(ico, 30, 2 * 46400, 4, false);
+    overwrite(ico, 34, 32 << 16 | 1, 4, false);
+    const std::pair<FileType, File> files[] = {{FileType::Wbmp, wbmp}, {FileType::Ico, ico}};
+    const std::size_t before = peakKilobytes();
+    for (const auto& [type, file] : files) {
+        const int error = errorOf(*codecForType(type), file);
+        QVERIFY(error == errors::outOfMemory || error == errors::invalidPicture);
+    }
     QVERIFY(peakKilobytes() - before < 64 << 10);
 }
 

@@ -192,6 +192,14 @@ void TgaTest::palettes() {
     builder.palette[7] = 50;
     QCOMPARE(decoded(builder).type(), ImageType::Indexed8Alpha);
     QCOMPARE(decoded(builder).pixel(1, 0), (Rgba{6, 5, 4, 50}));
+    // Indices of 16 bits reach further than a palette in memory.
+    builder = {.type = 1, .width = 3, .bits = 16, .paletteFirst = 300, .paletteSize = 2};
+    builder.paletteBits = 32;
+    builder.palette = {1, 2, 3, 255, 4, 5, 6, 50};
+    builder.data = {44, 1, 45, 1, 0, 0};
+    QCOMPARE(decoded(builder).pixel(0, 0), (Rgba{3, 2, 1, 255}));
+    QCOMPARE(decoded(builder).pixel(1, 0), (Rgba{6, 5, 4, 50}));
+    QCOMPARE(decoded(builder).pixel(2, 0), (Rgba{0, 0, 0, 255}));
     // A palette before true colour is stepped over.
     TgaBuilder color{.paletteSize = 1, .paletteBits = 24, .palette = {9, 9, 9}, .data = {1, 2, 3}};
     QCOMPARE(decoded(color).pixel(0, 0), (Rgba{3, 2, 1, 255}));
@@ -206,6 +214,8 @@ void TgaTest::alphaRule() {
         builder.data[7] = 85;
         QCOMPARE(decoded(builder).pixel(1, 0), (Rgba{6, 5, 4, 85}));
     }
+    builder.attributes = 1; // to be ignored
+    QCOMPARE(decoded(builder).type(), ImageType::Rgb24);
     builder.attributes = 4; // premultiplied
     QCOMPARE(decoded(builder).pixel(1, 0), (Rgba{18, 15, 12, 85}));
     builder.attributes = 3;

@@ -258,6 +258,11 @@ void TiffStoredTest::palettes() {
         value &= 0xff;
     map[2] = 77;
     QCOMPARE(stored.read(File{0x0f, 0x21}).pixel(2, 0), (Rgba{77, 77, 77, 255}));
+    // More colours than a palette in memory has.
+    map.assign(65536, 0);
+    map[0x0202] = 0x4dff;
+    stored.bits = 16;
+    QCOMPARE(stored.read(File{0, 0, 1, 1, 0, 0, 2, 2}).pixel(3, 0), (Rgba{77, 77, 77, 255}));
 }
 
 void TiffStoredTest::planesAndTiles() {

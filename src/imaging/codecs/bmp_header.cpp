@@ -190,22 +190,33 @@ Layout readInformation(BmpHeader& header, const Fields& fields) {
     return layout;
 }
 
+// The first picture of an OS/2 file of several forms of one picture, any other file as it is.
+std::span<const std::uint8_t> withoutArray(std::span<const std::uint8_t> file) {
+    constexpr std::size_t arrayHeaderSize = 14;
+    const bool isArray = file.size() > arrayHeaderSize && file[0] == 'B' && file[1] == 'A';
+    return isArray ? file.subspan(arrayHeaderSize) : file;
+}
+
 } // namespace
 
 bool isBmp(std::span<const std::uint8_t> file) {
+    file = withoutArray(file);
     if (file.size() < 18 || file[0] != 'B' || file[1] != 'M') return false;
     const std::uint32_t size = Fields(file).u32(fileHeaderSize);
     return size == coreHeader || (size >= 16 && size <= 1024);
 }
 
 BmpHeader readBmpHeader(std::span<const std::uint8_t> file) {
-    if (!isBmp(file) || file.size() < fileHeaderSize + coreHeader)
+    if (!isBmp(file) || withoutArray(file).size() < fileHeaderSize + coreHeader)
         refuse("The BMP file has no valid header.");
-    const Fields fields(file);
+    const auto bitmap = withoutArray(file);
+    const Fields fields(bitmap);
     BmpHeader header;
     const Layout layout = readInformation(header, fields);
-    setProfile(header, layout, fields, file);
-    setPaletteAndPixels(header, layout, fields.u32(10), file);
+    setProfile(header, layout, fields, bitmap);
+    // Offsets count from the start of the file.
+    const std::uint64_t offset = fields.u32(10), skipped = file.size() - bitmap.size();
+    setPaletteAndPixels(header, layout, offset < skipped ? 0 : offset - skipped, bitmap);
     return header;
 }
 

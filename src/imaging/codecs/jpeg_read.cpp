@@ -51,7 +51,7 @@ void checkPlausible(const JpegFrame& frame, std::size_t fileSize) {
 
 class Decoder {
   public:
-    Decoder(std::span<const std::uint8_t> file, ReadLimits& limits) {
+    Decoder(std::span<const std::uint8_t> file, ReadLimits& limits) : file_(file) {
         info_.err = errors_.manager();
         must([&] {
             jpeg_create_decompress(&info_);
@@ -67,7 +67,15 @@ class Decoder {
         limits.take(width_, height_, type_);
         guardScans(limits);
     }
+    // False if there is a scan that cannot be begun, see brokenAt().
+    bool start() {
+        return errors_.guarded([&] { jpeg_start_decompress(&info_); });
+    }
+    // After start().
     Raster decode(Task& task);
+    // Where in the file the part begins that could not be read, 0 if nothing before it is a
+    // picture.
+    std::size_t brokenAt() const;
     // Decodes the rows from `from` to `to` alone; rows before them are passed over, which takes
     // half the time of decoding them. False if anything at all was wrong.
     bool decodePart(const View& view, int from, int to);
@@ -84,6 +92,7 @@ class Decoder {
     bool isCmyk() const { return isCmyk_; }
     // Empty if nothing was wrong.
     std::string warning() const { return failure_.empty() ? errors_.firstWarning() : failure_; }
+    std::string error() const { return errors_.message(); }
 
   private:
     template <typename Calls>
@@ -112,6 +121,7 @@ class Decoder {
         int mostScans = 0;
     };
 
+    std::span<const std::uint8_t> file_;
     JpegErrors errors_;
     Library info_;
     Progress progress_;
@@ -148,8 +158,23 @@ void Decoder::onProgress(j_common_ptr common) {
         progress->errors->giveUp("it has too many scans");
 }
 
+std::size_t Decoder::brokenAt() const {
+    const bool tooMany = info_.input_scan_number > progress_.mostScans;
+    if (!jpeg_has_multiple_scans(const_cast<Library*>(&info_)) || tooMany) return 0;
+    // Behind the end the library reads bytes of its own.
+    const std::uint8_t* const next = info_.src->next_input_byte;
+    const bool inside = next >= file_.data() && next <= file_.data() + file_.size();
+    std::size_t at = inside ? static_cast<std::size_t>(next - file_.data()) : file_.size();
+    // Back to the marker: within coded pixels there are only fill bytes and restart markers.
+    const auto isMarker = [&](std::uint8_t code) {
+        return code != 0 && code != 0xff && (code < 0xd0 || code > 0xd7);
+    };
+    while (at >= 2 && !(file_[at - 2] == 0xff && isMarker(file_[at - 1])))
+        --at;
+    return at >= 2 ? at - 2 : 0;
+}
+
 Raster Decoder::decode(Task& task) {
-    must([&] { jpeg_start_decompress(&info_); });
     if (isCmyk_) cmyk_.resize(static_cast<std::size_t>(width_) * 4);
     Raster raster = Raster::uninitialized(type_, width_, height_);
     const View view = raster.edit();
@@ -243,6 +268,18 @@ std::optional<Raster> decodeInTwo(std::span<const std::uint8_t> file, Decoder& u
     return raster;
 }
 
+// The picture of a file of several scans without the one that cannot be begun and those behind it.
+Raster decodeEarlierScans(std::span<const std::uint8_t> file, std::unique_ptr<Decoder>& decoder,
+                          Task& task) {
+    const std::size_t end = decoder->brokenAt();
+    if (end == 0) refuse(decoder->error());
+    ReadLimits same; // the picture is counted already
+    auto shorter = std::make_unique<Decoder>(file.first(end), same);
+    if (!shorter->start()) refuse(decoder->error());
+    decoder = std::move(shorter);
+    return decoder->decode(task);
+}
+
 bool hasTwoThreads(const Task& task) {
     return task.threads == 0 ? std::thread::hardware_concurrency() > 1 : task.threads > 1;
 }
@@ -267,7 +304,9 @@ Picture readJpeg(std::span<const std::uint8_t> file, ReadLimits limits, Task& ta
         decoded = decodeInTwo(file, *decoder, task);
         if (!decoded) decoder = std::make_unique<Decoder>(file, limits);
     }
-    if (!decoded) decoded = decoder->decode(task);
+    if (!decoded)
+        decoded =
+            decoder->start() ? decoder->decode(task) : decodeEarlierScans(file, decoder, task);
     Raster raster = *std::move(decoded);
     if (const std::string warning = decoder->warning(); !warning.empty())
         picture.warnings.push_back("The JPEG file is damaged: " + warning + ".");

@@ -36,7 +36,7 @@ std::span<const std::uint8_t> extensionOf(std::span<const std::uint8_t> file) {
 bool depthFits(int kind, int bits) {
     switch (kind) {
     case 1:
-        return bits == 8;
+        return bits == 8 || bits == 16;
     case 2:
         return bits == 15 || bits == 16 || bits == 24 || bits == 32;
     case 3:
@@ -61,14 +61,14 @@ Rgba color16(std::uint32_t value) {
     return {fiveBits(value >> 10), fiveBits(value >> 5), fiveBits(value), 255};
 }
 
-Palette readPalette(std::span<const std::uint8_t> bytes, std::size_t first, int bits,
-                    TgaAlpha alpha) {
+// `most` is how many an index can tell apart.
+std::vector<Rgba> readColors(std::span<const std::uint8_t> bytes, std::size_t first, int bits,
+                             TgaAlpha alpha, std::size_t most) {
     const std::size_t size = static_cast<std::size_t>(bits + 7) / 8;
     const LittleFields fields(bytes);
-    std::vector<Rgba> colors(std::min(first, Palette::maxSize));
+    std::vector<Rgba> colors(std::min(first, most));
     bool anyAlpha = alpha == TgaAlpha::Straight;
-    for (std::size_t at = 0; at + size <= bytes.size() && colors.size() < Palette::maxSize;
-         at += size) {
+    for (std::size_t at = 0; at + size <= bytes.size() && colors.size() < most; at += size) {
         if (size == 2) {
             colors.push_back(color16(fields.u16(at)));
             continue;
@@ -80,7 +80,19 @@ Palette readPalette(std::span<const std::uint8_t> bytes, std::size_t first, int 
     if (!anyAlpha || alpha == TgaAlpha::None)
         for (Rgba& color : colors)
             color.a = 255;
-    return Palette(std::move(colors));
+    return colors;
+}
+
+void setColors(TgaHeader& header, std::vector<Rgba> colors) {
+    if (colors.empty()) refuse("The TGA file has no palette.");
+    if (header.bits == 8) {
+        header.palette = Palette(std::move(colors));
+        return;
+    }
+    const bool opaque = std::ranges::all_of(colors, [](Rgba c) { return c.a == 255; });
+    header.alpha = opaque ? TgaAlpha::None : TgaAlpha::Straight;
+    header.manyColors = std::move(colors);
+    header.manyColors.resize(std::size_t{1} << 16);
 }
 
 std::string trimmed(std::string_view text) {
@@ -114,6 +126,8 @@ TgaAlpha alphaOf(const TgaHeader& header, int attributeBits,
     if (!possible && !oneBit && !palette) return TgaAlpha::None;
     if (extension.empty()) return TgaAlpha::Undecided;
     switch (extension[tga::attributesAt]) {
+    case 1: // to be ignored
+        return TgaAlpha::None;
     case 3:
         return TgaAlpha::Straight;
     case 4:
@@ -198,7 +212,10 @@ void convertRow(const TgaHeader& header, const std::uint8_t* from, std::uint8_t*
     const std::ptrdiff_t step = header.rightToLeft ? -channels : channels;
     if (header.rightToLeft) to += channels * (header.width - 1);
     for (int x = 0; x < header.width; ++x, from += unit, to += step) {
-        if (header.kind != TgaKind::Color) {
+        if (!header.manyColors.empty()) {
+            putColor(to, header.manyColors[from[0] | std::size_t{from[1]} << 8],
+                     static_cast<int>(channels));
+        } else if (header.kind != TgaKind::Color) {
             std::memcpy(to, from, static_cast<std::size_t>(channels));
         } else if (unit == 2) {
             const std::uint32_t value = from[0] | std::uint32_t{from[1]} << 8;
@@ -240,6 +257,7 @@ ImageType TgaHeader::type() const {
     const bool withAlpha = alpha != TgaAlpha::None;
     switch (kind) {
     case TgaKind::Palette:
+        if (!manyColors.empty()) return withAlpha ? ImageType::Rgba32 : ImageType::Rgb24;
         return palette.hasTransparency() ? ImageType::Indexed8Alpha : ImageType::Indexed8;
     case TgaKind::Gray:
         return withAlpha ? ImageType::GrayAlpha16 : ImageType::Gray8;
@@ -276,15 +294,16 @@ TgaHeader readTgaHeader(std::span<const std::uint8_t> file) {
     header.alpha = alphaOf(header, file[17] & 0x0f, extension);
     if (!extension.empty()) header.comment = commentIn(extension);
     std::uint64_t at = tga::headerSize + std::uint64_t{file[0]};
+    std::vector<Rgba> colors;
     if (file[1] == 1) {
         const int bits = file[7];
         const std::uint64_t size = std::uint64_t{fields.u16(5)} * ((std::uint64_t(bits) + 7) / 8);
         if (header.kind == TgaKind::Palette)
-            header.palette = readPalette(partOf(file, at, size), fields.u16(3), bits, header.alpha);
+            colors = readColors(partOf(file, at, size), fields.u16(3), bits, header.alpha,
+                                std::size_t{1} << header.bits);
         at += size;
     }
-    if (header.kind == TgaKind::Palette && header.palette.isEmpty())
-        refuse("The TGA file has no palette.");
+    if (header.kind == TgaKind::Palette) setColors(header, std::move(colors));
     header.pixels = partOf(file, at, file.size());
     return header;
 }

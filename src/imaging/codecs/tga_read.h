@@ -26,6 +26,7 @@ struct TgaHeader {
     bool rightToLeft = false;
     TgaAlpha alpha = TgaAlpha::None;
     Palette palette;
+    std::vector<Rgba> manyColors; // of indices of 16 bits, one for each; empty otherwise
     std::span<const std::uint8_t> pixels;
     std::string comment; // UTF-8
 
@@ -41,6 +42,7 @@ bool isTga(std::span<const std::uint8_t> file);
 // Alpha: the extension area says what the fourth byte is, if there is one. Otherwise 32 bits and
 // grey with 16 bits have alpha if any such byte is not 0, whatever the header's attribute bits
 // say; pixels of 16 bits have a bit for alpha if the attribute bits name it and any is set.
+// Palettes have alpha if they have 32 bits and any of it is not 0.
 TgaHeader readTgaHeader(std::span<const std::uint8_t> file);
 
 // Rows that are missing are black, and a warning says so.

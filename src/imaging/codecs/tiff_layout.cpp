@@ -79,7 +79,8 @@ void setPalette(TiffLayout& layout, TIFF* tiff) {
         return;
     }
     if (layout.color != TiffColor::Palette) return;
-    if (layout.bits > 8) refuse("TIFF palettes of more than 256 colours cannot be read.");
+    if (layout.bits > 8 && layout.bits != 16)
+        refuse("TIFF palettes of " + std::to_string(layout.bits) + " bits cannot be read.");
     std::uint16_t *r = nullptr, *g = nullptr, *b = nullptr;
     if (!TIFFGetField(tiff, TIFFTAG_COLORMAP, &r, &g, &b) || !r || !g || !b)
         refuse("The TIFF file's palette is missing.");
@@ -95,7 +96,10 @@ void setPalette(TiffLayout& layout, TIFF* tiff) {
     // The field always holds the full count: black at its end is what fills it up.
     while (layout.bits == 8 && colors.size() > 1 && colors.back() == Rgba{0, 0, 0, 255})
         colors.pop_back();
-    layout.palette = Palette(std::move(colors));
+    if (layout.bits > 8)
+        layout.manyColors = std::move(colors);
+    else
+        layout.palette = Palette(std::move(colors));
 }
 
 void setNumbers(TiffLayout& layout, const TiffReader& reader) {
@@ -129,7 +133,7 @@ ImageType typeOf(const TiffLayout& layout) {
         if (layout.bits == 1 && layout.samples == 1) return ImageType::Bit1;
         return alpha ? ImageType::GrayAlpha16 : ImageType::Gray8;
     }
-    if (layout.color == TiffColor::Palette && !alpha) {
+    if (layout.color == TiffColor::Palette && layout.manyColors.empty() && !alpha) {
         const bool bits = layout.bits == 1 && layout.samples == 1;
         return bits ? ImageType::Bit1 : ImageType::Indexed8;
     }

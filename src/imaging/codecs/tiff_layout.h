@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <vector>
 
 #include "imaging/codecs/tiff_handle.h"
 #include "imaging/palette.h"
@@ -38,7 +39,8 @@ struct TiffLayout {
     bool planar = false; // each sample in a plane of its own
     bool tiled = false;
     bool bitsReversed = false;
-    Palette palette; // for 1-bit and palette pictures
+    Palette palette;              // for 1-bit and palette pictures
+    std::vector<Rgba> manyColors; // of palettes with 65536 entries, which no raster can have
     // The numbers that are shown as black and white, where the numbers are not the full range.
     double blackAt = 0;
     double whiteAt = 0;

@@ -45,6 +45,8 @@ class Composer {
         switch (layout_.color) {
         case TiffColor::Gray:
             return gray(from, count, to);
+        case TiffColor::Palette:
+            return each(from, count, to, [&](const T* s) { return layout_.manyColors[s[0]]; });
         case TiffColor::Cmyk:
             return each(from, count, to, cmyk);
         case TiffColor::CieLab:
@@ -210,7 +212,7 @@ void TiffRowConverter::convert(const std::uint8_t* const* planes, int count, std
         interleave<3>(planes, count, to);
     else if (fits_)
         interleave<4>(planes, count, to);
-    else if (layout_.color == TiffColor::Palette)
+    else if (layout_.color == TiffColor::Palette && layout_.manyColors.empty())
         convertPalette(planes, count, to);
     else if (layout_.bits <= 8 && layout_.numbers == TiffNumbers::Unsigned)
         convertAs<std::uint8_t>(planes, count, to);
