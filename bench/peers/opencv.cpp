@@ -78,6 +78,19 @@ std::vector<Row> pointRows() {
              cv::LUT(hls, table, hls);
              cv::cvtColor(hls, t, cv::COLOR_HLS2RGB);
          }},
+        {"duotone",
+         [grey = Mat(), inks = Mat(256, 1, CV_8UC3, cv::Scalar(160, 60, 20))](const Mat& s,
+                                                                              Mat& t) mutable {
+             cv::cvtColor(s, grey, cv::COLOR_RGB2GRAY);
+             cv::applyColorMap(grey, t, inks);
+         }},
+        {"replace a colour",
+         [mask = Mat()](const Mat& s, Mat& t) mutable {
+             cv::inRange(s, cv::Scalar(109, 9, 0), cv::Scalar(211, 111, 71), mask);
+             s.copyTo(t);
+             t.setTo(cv::Scalar(0, 0, 0), mask);
+         }},
+        {"add alpha", [](const Mat& s, Mat& t) { cv::cvtColor(s, t, cv::COLOR_RGB2RGBA); }, true},
         {"swap red and blue", [](const Mat& s, Mat& t) { cv::cvtColor(s, t, cv::COLOR_RGB2BGR); },
          true},
         {"split into channels",

@@ -20,6 +20,7 @@ struct Row {
 };
 
 const Rgba black{0, 0, 0, 255};
+const Rgba ink{160, 60, 20, 255};
 const Matrix sharpening{3, 3, {-1, -2, -1, -2, 20, -2, -1, -2, -1}};
 const Matrix five{5, 3, {1, 2, 1, 2, 4, 2, 3, 6, 3, 2, 4, 2, 1, 2, 1}};
 const Matrix block{3, 3, {1, 1, 1, 1, 1, 1, 1, 1, 1}};
@@ -35,6 +36,9 @@ std::vector<Row> rows() {
         {"threshold", "Effects.Threshold", {30, 255, true}},
         {"saturation", "Effects.Saturation", {1.5}},
         {"grey", "Channels.Desaturate", {}},
+        {"duotone", "Effects.Duotone", {ink}},
+        {"replace a colour", "Geometry.ReplaceColor", {ink, black, 20.0, true}},
+        {"add alpha", "Channels.ConstantAlpha", {200, 0}},
         {"hue, saturation, lightness", "Channels.AdjustHSLLiteral", {20, 30, 10}},
         {"swap red and blue", "Channels.Swizzle", {2, 1, 0, 3}},
         {"split into channels", "Channels.Split", {}},

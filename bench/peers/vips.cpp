@@ -130,6 +130,8 @@ std::vector<Row> pointRows() {
                              }})},
         {"saturation", chain({saturated, toBytes})},
         {"grey", space(VIPS_INTERPRETATION_B_W)},
+        {"add alpha", [](VipsImage* in,
+                         VipsImage** out) { return vips_bandjoin_const1(in, out, 200, nullptr); }},
         {"hue, saturation, lightness",
          chain({space(VIPS_INTERPRETATION_LCH), shiftHue, space(VIPS_INTERPRETATION_sRGB)})},
         {"histogram equalize",

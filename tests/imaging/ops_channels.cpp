@@ -6,6 +6,7 @@
 #include "basic/error.h"
 #include "imaging/alpha_merge.h"
 #include "imaging/operation.h"
+#include "reference/instruction_sets.h"
 #include "reference/pictures.h"
 
 using namespace kvn::imaging;
@@ -89,6 +90,7 @@ class ChannelsTest : public QObject {
     void flattens();
     void rearranges();
     void shiftsRound();
+    void onEveryMachine();
 };
 
 void ChannelsTest::nothingToDoChangesNothing() {
@@ -318,6 +320,14 @@ void ChannelsTest::shiftsRound() {
                     QCOMPARE(result.pixel(x, y), expected);
                 }
         }
+}
+
+void ChannelsTest::onEveryMachine() {
+    onEveryInstructionSet([this] {
+        adjusts();
+        flattens();
+        rearranges();
+    });
 }
 
 QTEST_GUILESS_MAIN(ChannelsTest)

@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include "imaging/operations/channels/alpha_tables.h"
-#include "imaging/operations/support/color_maps.h"
+#include "imaging/operations/support/color_planes.h"
 #include "imaging/operations/support/curve_table.h"
 #include "imaging/operations/support/hsl_map.h"
 
@@ -14,9 +14,18 @@ namespace {
 Raster throughTables(const Raster& source, const ColorTables& colors, const ByteTable& alpha,
                      Task& task) {
     const ByteTable same = identityTable();
-    const bool colorStays = colors.red == same && colors.green == same && colors.blue == same;
-    const Raster colored = colorStays ? source : mapChannels(source, colors, task);
-    return mapAlpha(colored, alpha, task);
+    const bool grayStays = colors.red == colors.green && colors.green == colors.blue;
+    if (grayStays && colors.red == same) return mapAlpha(source, alpha, task);
+    if (hasAlpha(source.type()) ? alpha == same : alpha[255] == 255)
+        return mapChannels(source, colors, task);
+    const auto form = grayStays ? ResultForm::WithAlpha : ResultForm::ColorWithAlpha;
+    const bool opaque = !hasAlpha(source.type());
+    return mapPlanes(source, form, task, [&](ColorPlanes& planes) {
+        lookUp(planes.r, planes.r, ColorPlanes::size, colors.red);
+        lookUp(planes.g, planes.g, ColorPlanes::size, colors.green);
+        lookUp(planes.b, planes.b, ColorPlanes::size, colors.blue);
+        lookUpAlpha(planes.a, planes.a, opaque, alpha);
+    });
 }
 
 constexpr Argument literalArguments[] = {

@@ -6,6 +6,7 @@
 #include "basic/error.h"
 #include "imaging/alpha_merge.h"
 #include "imaging/operations/channels/alpha_tables.h"
+#include "imaging/operations/channels/flatten_row.h"
 #include "imaging/operations/support/color_maps.h"
 #include "imaging/operations/support/color_match.h"
 #include "imaging/operations/support/color_planes.h"
@@ -47,11 +48,12 @@ Raster alphaByColor(const Raster& source, const Arguments& arguments, Task& task
     const ColorMatch match(arguments.color(0), arguments.number(1));
     const ByteTable matching = mergeTable(how, std::clamp(arguments.integer(2), 0, 255));
     const ByteTable others = mergeTable(how, std::clamp(arguments.integer(3), 0, 255));
-    return mapPlanes(source, PlaneResult::WithAlpha, task, [&](ColorPlanes& planes) {
-        std::uint8_t mask[ColorPlanes::size], alpha[ColorPlanes::size];
+    const bool opaque = !hasAlpha(source.type());
+    return mapPlanes(source, ResultForm::WithAlpha, task, [&](ColorPlanes& planes) {
+        alignas(64) std::uint8_t mask[ColorPlanes::size], alpha[ColorPlanes::size];
         match.find(planes, mask);
-        lookUp(planes.a, alpha, ColorPlanes::size, matching);
-        lookUp(planes.a, planes.a, ColorPlanes::size, others);
+        lookUpAlpha(planes.a, alpha, opaque, matching);
+        lookUpAlpha(planes.a, planes.a, opaque, others);
         choose(mask, alpha, planes.a);
     });
 }
@@ -92,24 +94,12 @@ constexpr Argument flattenArguments[] = {
     {"color", ArgumentKind::Color, 0, 0, "", "what shows through; its alpha is not looked at"},
 };
 
-KVN_CLONES void lay(std::uint8_t* values, const std::uint8_t* alpha, int under) {
-    for (int i = 0; i < ColorPlanes::size; ++i) {
-        const auto sum =
-            static_cast<std::uint16_t>(values[i] * alpha[i] + under * (255 - alpha[i]) + 128);
-        values[i] = static_cast<std::uint8_t>((sum + (sum >> 8)) >> 8);
-    }
-}
-
 Raster flattenAlpha(const Raster& source, const Arguments& arguments, Task& task) {
     if (!hasAlpha(source.type())) return source;
     const Rgba under = arguments.color(0);
     const bool gray = under.r == under.g && under.g == under.b;
-    const auto form = gray ? PlaneResult::WithoutAlpha : PlaneResult::ColorWithoutAlpha;
-    return mapPlanes(source, form, task, [&](ColorPlanes& planes) {
-        lay(planes.r, planes.a, under.r);
-        lay(planes.g, planes.a, under.g);
-        lay(planes.b, planes.a, under.b);
-    });
+    const auto form = gray ? ResultForm::WithoutAlpha : ResultForm::ColorWithoutAlpha;
+    return mapRows(source, form, task, [&](const PixelRow& row) { flattenRow(row, under); });
 }
 
 } // namespace

@@ -26,7 +26,7 @@ constexpr Argument fromImageArguments[] = {
 // The mask as one byte a pixel: its luma, times its alpha.
 Raster maskValues(const Raster& mask, Task& task) {
     if (isOpaque(mask)) return convertType(mask, ImageType::Gray8, task);
-    return mapPlanes(convertType(mask, ImageType::GrayAlpha16, task), PlaneResult::WithoutAlpha,
+    return mapPlanes(convertType(mask, ImageType::GrayAlpha16, task), ResultForm::WithoutAlpha,
                      task, [](ColorPlanes& planes) {
                          for (int i = 0; i < ColorPlanes::size; ++i)
                              planes.r[i] = mul255(planes.r[i], planes.a[i]);

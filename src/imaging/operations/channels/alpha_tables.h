@@ -11,4 +11,8 @@ namespace kvn::imaging {
 // (grey with alpha, 32-bit, or a palette with alpha) if table[255] is not 255.
 Raster mapAlpha(const Raster& source, const ByteTable& table, Task& task);
 
+// A block of ColorPlanes: out = table[alpha], all of them 255 where the picture is opaque. `out`
+// may be the same.
+void lookUpAlpha(const std::uint8_t* alpha, std::uint8_t* out, bool opaque, const ByteTable& table);
+
 } // namespace kvn::imaging

@@ -6,8 +6,9 @@
 
 #include "imaging/operations/support/color_maps.h"
 #include "imaging/operations/support/color_planes.h"
-#include "imaging/operations/support/luma_planes.h"
+#include "imaging/operations/support/luma_rows.h"
 #include "imaging/operations/support/simd.h"
+#include "imaging/operations/support/swizzle_rows.h"
 
 namespace kvn::imaging {
 namespace {
@@ -27,20 +28,13 @@ Raster swizzle(const Raster& source, const Arguments& arguments, Task& task) {
     const std::array<int, 4> from{arguments.integer(0), arguments.integer(1), arguments.integer(2),
                                   arguments.integer(3)};
     if (from == std::array<int, 4>{0, 1, 2, 3}) return source;
-    using enum PlaneResult;
+    using enum ResultForm;
     const bool colors = from[0] == 3 || from[1] == 3 || from[2] == 3;
     const bool alpha = from[3] != 3;
     if (isGray(source.type()) && !colors && !alpha) return source;
-    const PlaneResult form =
+    const ResultForm form =
         colors ? (alpha ? ColorWithAlpha : Color) : (alpha ? WithAlpha : SameType);
-    return mapPlanes(source, form, task, [&](ColorPlanes& planes) {
-        const ColorPlanes before = planes;
-        const std::uint8_t* const values[4] = {before.r, before.g, before.b, before.a};
-        std::uint8_t* const targets[4] = {planes.r, planes.g, planes.b, planes.a};
-        for (std::size_t c = 0; c < 4; ++c)
-            if (from[c] != static_cast<int>(c))
-                std::memcpy(targets[c], values[from[c]], ColorPlanes::size);
-    });
+    return mapRows(source, form, task, [&](const PixelRow& row) { swizzleRow(row, from); });
 }
 
 constexpr Argument shiftArguments[] = {
@@ -136,11 +130,7 @@ std::vector<Raster> split(const Raster& source, const Arguments&, Task& task) {
 
 Raster desaturate(const Raster& source, const Arguments&, Task& task) {
     if (isGray(source.type())) return source;
-    return mapPlanes(source, PlaneResult::SameType, task, [](ColorPlanes& planes) {
-        lumaOf(planes, planes.r);
-        std::memcpy(planes.g, planes.r, ColorPlanes::size);
-        std::memcpy(planes.b, planes.r, ColorPlanes::size);
-    });
+    return mapRows(source, ResultForm::SameType, task, desaturateRow);
 }
 
 } // namespace

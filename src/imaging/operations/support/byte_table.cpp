@@ -1,12 +1,10 @@
 #include "imaging/operations/support/byte_table.h"
 
-#include <algorithm>
-
-#if defined(__x86_64__)
-#include <immintrin.h>
-#elif defined(__aarch64__)
+#if defined(__aarch64__)
 #include <arm_neon.h>
 #endif
+
+#include "imaging/operations/support/vbmi.h"
 
 namespace kvn::imaging {
 namespace {
@@ -24,69 +22,63 @@ void lookUpChannelsPlain(const std::uint8_t* in, std::uint8_t* out, std::size_t 
             *out = (*tables[c])[*in];
 }
 
-#if defined(__x86_64__)
-
-#define KVN_VBMI __attribute__((target("avx512f,avx512bw,avx512vbmi")))
-
-// A table of 256 bytes in four registers: two lookups of 128 entries, chosen by the top bit.
-struct Registers {
-    __m512i part[4];
-};
-
-KVN_VBMI inline Registers load(const ByteTable& table) {
-    Registers r;
-    for (int i = 0; i < 4; ++i)
-        r.part[i] = _mm512_loadu_si512(table.data() + i * 64);
-    return r;
-}
-
-KVN_VBMI inline __m512i lookUp64(__m512i v, const Registers& r) {
-    const __m512i low = _mm512_permutex2var_epi8(r.part[0], v, r.part[1]);
-    const __m512i high = _mm512_permutex2var_epi8(r.part[2], v, r.part[3]);
-    return _mm512_mask_blend_epi8(_mm512_movepi8_mask(v), low, high);
-}
+#if defined(KVN_HAS_VBMI_CODE)
 
 KVN_VBMI void lookUpVbmi(const std::uint8_t* in, std::uint8_t* out, std::size_t count,
                          const ByteTable& table) {
-    const Registers r = load(table);
+    const vbmi::TableRegisters r = vbmi::load(table);
     std::size_t i = 0;
     for (; i + 64 <= count; i += 64)
-        _mm512_storeu_si512(out + i, lookUp64(_mm512_loadu_si512(in + i), r));
+        _mm512_storeu_si512(out + i, vbmi::lookUp(_mm512_loadu_si512(in + i), r));
     if (i < count) {
         const __mmask64 rest = (~__mmask64{0}) >> (64 - (count - i));
         const __m512i v = _mm512_maskz_loadu_epi8(rest, in + i);
-        _mm512_mask_storeu_epi8(out + i, rest, lookUp64(v, r));
+        _mm512_mask_storeu_epi8(out + i, rest, vbmi::lookUp(v, r));
     }
 }
 
-// A block of `channels` vectors begins at channel 0, so the lanes of each channel are known.
-KVN_VBMI void lookUpChannelsVbmi(const std::uint8_t* in, std::uint8_t* out, std::size_t pixels,
-                                 const ByteTable* const* tables, int channels) {
-    Registers r[4];
-    __mmask64 lanes[4][4] = {};
-    for (int c = 0; c < channels; ++c)
-        r[c] = load(*tables[c]);
-    for (int i = 0; i < channels * 64; ++i)
-        lanes[i / 64][i % channels] |= __mmask64{1} << (i % 64);
-    const auto block = static_cast<std::size_t>(channels) * 64;
-    const std::size_t count = pixels * static_cast<std::size_t>(channels);
+// Two channels, or four of which the first three share a table: both tables for every vector.
+KVN_VBMI std::size_t lookUpInTurn(const std::uint8_t* in, std::uint8_t* out, std::size_t count,
+                                  const ByteTable& first, const ByteTable& second,
+                                  __mmask64 isSecond) {
+    const vbmi::TableRegisters a = vbmi::load(first), b = vbmi::load(second);
     std::size_t i = 0;
-    for (; i + block <= count; i += block)
-        for (int k = 0; k < channels; ++k) {
-            const __m512i v = _mm512_loadu_si512(in + i + k * 64);
-            __m512i result = lookUp64(v, r[0]);
-            for (int c = 1; c < channels; ++c)
-                result = _mm512_mask_blend_epi8(lanes[k][c], result, lookUp64(v, r[c]));
-            _mm512_storeu_si512(out + i + k * 64, result);
-        }
-    lookUpChannelsPlain(in + i, out + i, (count - i) / static_cast<std::size_t>(channels), tables,
-                        channels);
+    for (; i + 64 <= count; i += 64) {
+        const __m512i v = _mm512_loadu_si512(in + i);
+        _mm512_storeu_si512(out + i,
+                            _mm512_mask_mov_epi8(vbmi::lookUp(v, a), isSecond, vbmi::lookUp(v, b)));
+    }
+    return i;
 }
 
-bool hasVbmi() {
-    static const bool has =
-        __builtin_cpu_supports("avx512vbmi") && __builtin_cpu_supports("avx512bw");
-    return has;
+// The channels sorted apart, so that each goes through its own table alone.
+template <int channels>
+KVN_VBMI std::size_t lookUpApart(const std::uint8_t* in, std::uint8_t* out, std::size_t count,
+                                 const ByteTable* const* tables) {
+    vbmi::TableRegisters r[channels];
+    for (int c = 0; c < channels; ++c)
+        r[c] = vbmi::load(*tables[c]);
+    constexpr std::size_t block = std::size_t{64} * channels;
+    std::size_t i = 0;
+    for (; i + block <= count; i += block) {
+        __m512i planes[4];
+        vbmi::split<channels>(in + i, planes);
+        for (int c = 0; c < channels; ++c)
+            planes[c] = vbmi::lookUp(planes[c], r[c]);
+        vbmi::merge<channels>(planes, out + i);
+    }
+    return i;
+}
+
+// Gives the number of bytes done.
+std::size_t lookUpChannelsVbmi(const std::uint8_t* in, std::uint8_t* out, std::size_t count,
+                               const ByteTable* const* tables, int channels) {
+    if (channels == 2)
+        return lookUpInTurn(in, out, count, *tables[0], *tables[1], 0xaaaaaaaaaaaaaaaa);
+    if (channels == 3) return lookUpApart<3>(in, out, count, tables);
+    if (*tables[0] == *tables[1] && *tables[1] == *tables[2])
+        return lookUpInTurn(in, out, count, *tables[0], *tables[3], 0x8888888888888888);
+    return lookUpApart<4>(in, out, count, tables);
 }
 
 #elif defined(__aarch64__)
@@ -120,8 +112,8 @@ ByteTable identityTable() {
 }
 
 void lookUp(const std::uint8_t* in, std::uint8_t* out, std::size_t count, const ByteTable& table) {
-#if defined(__x86_64__)
-    if (hasVbmi()) return lookUpVbmi(in, out, count, table);
+#if defined(KVN_HAS_VBMI_CODE)
+    if (vbmi::hasVbmi()) return lookUpVbmi(in, out, count, table);
 #elif defined(__aarch64__)
     return lookUpNeon(in, out, count, table);
 #endif
@@ -130,10 +122,14 @@ void lookUp(const std::uint8_t* in, std::uint8_t* out, std::size_t count, const 
 
 void lookUpChannels(const std::uint8_t* in, std::uint8_t* out, std::size_t pixels,
                     const ByteTable* const* tables, int channels) {
-#if defined(__x86_64__)
-    if (hasVbmi()) return lookUpChannelsVbmi(in, out, pixels, tables, channels);
+    std::size_t done = 0;
+#if defined(KVN_HAS_VBMI_CODE)
+    if (vbmi::hasVbmi())
+        done = lookUpChannelsVbmi(in, out, pixels * static_cast<std::size_t>(channels), tables,
+                                  channels);
 #endif
-    lookUpChannelsPlain(in, out, pixels, tables, channels);
+    lookUpChannelsPlain(in + done, out + done, pixels - done / static_cast<std::size_t>(channels),
+                        tables, channels);
 }
 
 } // namespace kvn::imaging

@@ -1,6 +1,7 @@
 #include "imaging/operations/support/color_maps.h"
 
 #include <atomic>
+#include <cstring>
 
 #include "imaging/convert.h"
 
@@ -11,34 +12,62 @@ bool isGray(ImageType type) {
     return type == ImageType::Gray8 || type == ImageType::GrayAlpha16;
 }
 
+ImageType resultType(ImageType from, ResultForm form) {
+    using enum ResultForm;
+    const bool adds = form == WithAlpha || form == ColorWithAlpha;
+    const bool drops = form == WithoutAlpha || form == ColorWithoutAlpha;
+    const bool alpha = adds || (hasAlpha(from) && !drops);
+    if (from == ImageType::Bit1 && !alpha) return from;
+    if (hasPalette(from)) return alpha ? ImageType::Indexed8Alpha : ImageType::Indexed8;
+    const bool colors = form == Color || form == ColorWithAlpha || form == ColorWithoutAlpha;
+    if (isGray(from) && !colors) return alpha ? ImageType::GrayAlpha16 : ImageType::Gray8;
+    return alpha ? ImageType::Rgba32 : ImageType::Rgb24;
+}
+
+// The picture with palette type `to`; the bytes of both indexed types are the same.
+Raster withType(const Raster& source, ImageType to, Task& task) {
+    if (to == source.type()) return source;
+    if (source.type() == ImageType::Bit1) return convertType(source, to, task);
+    Raster result = Raster::uninitialized(to, source.width(), source.height());
+    const View out = result.edit();
+    for (int y = 0; y < source.height(); ++y)
+        std::memcpy(out.row(y), source.view().row(y), source.rowBytes());
+    return result;
+}
+
 // The palette as a row of RGBA pixels goes through the same kernel as the pixels of a picture.
-Raster mapPalette(const Raster& source, const ColorRow& row) {
+Raster mapPalette(const Raster& source, ImageType to, Task& task, const RowKernel& kernel) {
     Palette palette = source.palette();
     if (source.type() == ImageType::Bit1 && palette.isEmpty()) palette = Palette::blackAndWhite();
     std::vector<std::uint8_t> in, out(palette.size() * 4);
+    const auto alpha = [](ImageType type, std::uint8_t a) {
+        return hasAlpha(type) ? a : std::uint8_t{255};
+    };
     for (const Rgba& c : palette.colors())
-        in.insert(in.end(), {c.r, c.g, c.b, c.a});
-    row(in.data(), out.data(), static_cast<int>(palette.size()), 4);
+        in.insert(in.end(), {c.r, c.g, c.b, alpha(source.type(), c.a)});
+    kernel({in.data(), 4, out.data(), 4, static_cast<int>(palette.size())});
     for (std::size_t i = 0; i < palette.size(); ++i)
-        palette.set(i, {out[i * 4], out[i * 4 + 1], out[i * 4 + 2], in[i * 4 + 3]});
-    Raster result = source;
+        palette.set(i, {out[i * 4], out[i * 4 + 1], out[i * 4 + 2], alpha(to, out[i * 4 + 3])});
+    Raster result = withType(source, to, task);
     result.setPalette(std::move(palette));
     return result;
 }
 
-Raster mapRows(const Raster& source, Task& task, const ColorRow& row) {
-    Raster result = Raster::uninitialized(source.type(), source.width(), source.height());
+} // namespace
+
+Raster mapRows(const Raster& source, ResultForm form, Task& task, const RowKernel& kernel) {
+    const ImageType to = resultType(source.type(), form);
+    if (hasPalette(source.type())) return mapPalette(source, to, task, kernel);
+    Raster result = Raster::uninitialized(to, source.width(), source.height());
     const ConstView in = source.view();
     const View out = result.edit();
-    const int channels = bytesPerPixel(source.type());
-    parallelRows(source.height(), task, [&](int y0, int y1) {
+    const int inChannels = bytesPerPixel(in.type), outChannels = bytesPerPixel(to);
+    parallelRows(in.height, task, [&](int y0, int y1) {
         for (int y = y0; y < y1; ++y)
-            row(in.row(y), out.row(y), in.width, channels);
+            kernel({in.row(y), inChannels, out.row(y), outChannels, in.width});
     });
     return result;
 }
-
-} // namespace
 
 Raster promoted(const Raster& source, Task& task) {
     if (!hasPalette(source.type())) return source;
@@ -74,21 +103,16 @@ Raster mapChannels(const Raster& source, const ColorTables& tables, Task& task) 
     const bool same = tables.red == tables.green && tables.green == tables.blue;
     static const ByteTable identity = identityTable();
     const ByteTable* const order[4] = {&tables.red, &tables.green, &tables.blue, &identity};
-    const ColorRow row = [&](const std::uint8_t* in, std::uint8_t* out, int count, int channels) {
-        const auto pixels = static_cast<std::size_t>(count);
+    const RowKernel kernel = [&](const PixelRow& row) {
+        const auto pixels = static_cast<std::size_t>(row.count);
+        const int channels = row.inChannels;
         if (channels == 1 || (channels == 3 && same))
-            lookUp(in, out, pixels * static_cast<std::size_t>(channels), tables.red);
+            lookUp(row.in, row.out, pixels * static_cast<std::size_t>(channels), tables.red);
         else
-            lookUpChannels(in, out, pixels, channels == 2 ? order + 2 : order, channels);
+            lookUpChannels(row.in, row.out, pixels, channels == 2 ? order + 2 : order, channels);
     };
-    if (hasPalette(source.type())) return mapPalette(source, row);
-    if (isGray(source.type()) && !same) return mapRows(promotedToColor(source, task), task, row);
-    return mapRows(source, task, row);
-}
-
-Raster mapColors(const Raster& source, Task& task, const ColorRow& row) {
-    if (hasPalette(source.type())) return mapPalette(source, row);
-    return mapRows(promotedToColor(source, task), task, row);
+    const Raster& pixels = isGray(source.type()) && !same ? promotedToColor(source, task) : source;
+    return mapRows(pixels, ResultForm::SameType, task, kernel);
 }
 
 } // namespace kvn::imaging

@@ -26,11 +26,29 @@ struct ColorTables {
 };
 Raster mapChannels(const Raster& source, const ColorTables& tables, Task& task);
 
-// One row of colour pixels: `count` pixels of `channels` bytes (3, or 4 with alpha last, which is
-// to be copied).
-using ColorRow =
-    std::function<void(const std::uint8_t* in, std::uint8_t* out, int count, int channels)>;
-// For maps that mix the channels. Grey pictures become colour ones.
-Raster mapColors(const Raster& source, Task& task, const ColorRow& row);
+// What the result can hold that the source cannot.
+enum class ResultForm {
+    SameType,
+    Color,          // grey becomes colour
+    WithAlpha,      // grey stays; alpha is added
+    WithoutAlpha,   // grey stays; alpha is dropped
+    ColorWithAlpha, // both
+    ColorWithoutAlpha,
+};
+
+// A row of pixels to read and one to write, not the same: of 1 or 2 channels for grey, 3 or 4 for
+// colour; with 2 and 4 alpha is last.
+struct PixelRow {
+    const std::uint8_t* in;
+    int inChannels;
+    std::uint8_t* out;
+    int outChannels;
+    int count;
+};
+using RowKernel = std::function<void(const PixelRow& row)>;
+
+// Every pixel through the kernel. Palette pictures keep their indices and have their palette
+// mapped, as a row of four channels on both sides; 1-bit ones become indexed where alpha is added.
+Raster mapRows(const Raster& source, ResultForm form, Task& task, const RowKernel& kernel);
 
 } // namespace kvn::imaging

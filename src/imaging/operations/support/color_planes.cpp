@@ -55,9 +55,8 @@ HWY_INLINE void mergeVector(const ColorPlanes& from, int x, std::uint8_t* to) {
 // The last pixels of a row go through a buffer of a whole vector, so that nothing beyond the row
 // is touched.
 template <int channels>
-void splitLoop(const std::uint8_t* pixels, int count, ColorPlanes& planes) {
+void splitLoop(const std::uint8_t* pixels, int x, int count, ColorPlanes& planes) {
     const int lanes = static_cast<int>(hn::Lanes(Bytes()));
-    int x = 0;
     for (; x + lanes <= count; x += lanes)
         splitVector<channels>(pixels + std::ptrdiff_t{x} * channels, planes, x);
     if (x >= count) return;
@@ -69,9 +68,8 @@ void splitLoop(const std::uint8_t* pixels, int count, ColorPlanes& planes) {
 }
 
 template <int channels>
-void mergeLoop(const ColorPlanes& planes, int count, std::uint8_t* pixels) {
+void mergeLoop(const ColorPlanes& planes, int x, int count, std::uint8_t* pixels) {
     const int lanes = static_cast<int>(hn::Lanes(Bytes()));
-    int x = 0;
     for (; x + lanes <= count; x += lanes)
         mergeVector<channels>(planes, x, pixels + std::ptrdiff_t{x} * channels);
     if (x >= count) return;
@@ -82,29 +80,30 @@ void mergeLoop(const ColorPlanes& planes, int count, std::uint8_t* pixels) {
     std::memcpy(pixels + std::ptrdiff_t{x} * channels, rest, bytes);
 }
 
-void split(int channels, const std::uint8_t* pixels, int count, ColorPlanes& planes) {
+// From pixel x on.
+void splitFrom(int channels, const std::uint8_t* pixels, int x, int count, ColorPlanes& planes) {
     switch (channels) {
     case 1:
-        return splitLoop<1>(pixels, count, planes);
+        return splitLoop<1>(pixels, x, count, planes);
     case 2:
-        return splitLoop<2>(pixels, count, planes);
+        return splitLoop<2>(pixels, x, count, planes);
     case 3:
-        return splitLoop<3>(pixels, count, planes);
+        return splitLoop<3>(pixels, x, count, planes);
     default:
-        return splitLoop<4>(pixels, count, planes);
+        return splitLoop<4>(pixels, x, count, planes);
     }
 }
 
-void merge(const ColorPlanes& planes, int count, int channels, std::uint8_t* pixels) {
+void mergeFrom(const ColorPlanes& planes, int x, int count, int channels, std::uint8_t* pixels) {
     switch (channels) {
     case 1:
-        return mergeLoop<1>(planes, count, pixels);
+        return mergeLoop<1>(planes, x, count, pixels);
     case 2:
-        return mergeLoop<2>(planes, count, pixels);
+        return mergeLoop<2>(planes, x, count, pixels);
     case 3:
-        return mergeLoop<3>(planes, count, pixels);
+        return mergeLoop<3>(planes, x, count, pixels);
     default:
-        return mergeLoop<4>(planes, count, pixels);
+        return mergeLoop<4>(planes, x, count, pixels);
     }
 }
 
@@ -112,85 +111,104 @@ void merge(const ColorPlanes& planes, int count, int channels, std::uint8_t* pix
 HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
-#include "imaging/convert.h"
+#include "imaging/operations/support/vbmi.h"
 
 namespace kvn::imaging {
 
-HWY_EXPORT(split);
-HWY_EXPORT(merge);
-
-void splitPlanes(ImageType type, const std::uint8_t* pixels, int count, ColorPlanes& planes) {
-    HWY_DYNAMIC_DISPATCH(split)(bytesPerPixel(type), pixels, count, planes);
-}
-
-void mergePlanes(const ColorPlanes& planes, int count, ImageType type, std::uint8_t* pixels) {
-    HWY_DYNAMIC_DISPATCH(merge)(planes, count, bytesPerPixel(type), pixels);
-}
+HWY_EXPORT(splitFrom);
+HWY_EXPORT(mergeFrom);
 
 namespace {
 
-ImageType resultType(ImageType from, PlaneResult form) {
-    using enum PlaneResult;
-    const bool adds = form == WithAlpha || form == ColorWithAlpha;
-    const bool drops = form == WithoutAlpha || form == ColorWithoutAlpha;
-    const bool alpha = adds || (hasAlpha(from) && !drops);
-    if (from == ImageType::Bit1 && !alpha) return from;
-    if (hasPalette(from)) return alpha ? ImageType::Indexed8Alpha : ImageType::Indexed8;
-    const bool colors = form == Color || form == ColorWithAlpha || form == ColorWithoutAlpha;
-    const bool gray = from == ImageType::Gray8 || from == ImageType::GrayAlpha16;
-    if (gray && !colors) return alpha ? ImageType::GrayAlpha16 : ImageType::Gray8;
-    return alpha ? ImageType::Rgba32 : ImageType::Rgb24;
+#if defined(KVN_HAS_VBMI_CODE)
+
+// These do whole vectors of 64 pixels and give their number.
+template <int channels>
+KVN_VBMI int splitVbmi(const std::uint8_t* pixels, int count, ColorPlanes& planes) {
+    int x = 0;
+    for (; x + 64 <= count; x += 64) {
+        __m512i v[4];
+        vbmi::split<channels>(pixels + std::ptrdiff_t{x} * channels, v);
+        _mm512_store_si512(planes.r + x, v[0]);
+        _mm512_store_si512(planes.g + x, v[1]);
+        _mm512_store_si512(planes.b + x, v[2]);
+        _mm512_store_si512(planes.a + x, v[3]);
+    }
+    return x;
 }
 
-Raster mapPalette(const Raster& source, ImageType to, Task& task, const PlaneKernel& kernel) {
-    Palette palette = source.palette();
-    if (source.type() == ImageType::Bit1 && palette.isEmpty()) palette = Palette::blackAndWhite();
-    ColorPlanes planes = {};
-    for (std::size_t i = 0; i < palette.size(); ++i) {
-        const Rgba c = palette[i];
-        planes.r[i] = c.r;
-        planes.g[i] = c.g;
-        planes.b[i] = c.b;
-        planes.a[i] = hasAlpha(source.type()) ? c.a : 255;
+template <int channels>
+KVN_VBMI int mergeVbmi(const ColorPlanes& planes, int count, std::uint8_t* pixels) {
+    int x = 0;
+    for (; x + 64 <= count; x += 64) {
+        const __m512i v[4] = {_mm512_load_si512(planes.r + x), _mm512_load_si512(planes.g + x),
+                              _mm512_load_si512(planes.b + x), _mm512_load_si512(planes.a + x)};
+        vbmi::merge<channels>(v, pixels + std::ptrdiff_t{x} * channels);
     }
-    kernel(planes);
-    for (std::size_t i = 0; i < palette.size(); ++i)
-        palette.set(i, {planes.r[i], planes.g[i], planes.b[i],
-                        hasAlpha(to) ? planes.a[i] : std::uint8_t{255}});
-    Raster result = source;
-    if (source.type() == ImageType::Bit1) {
-        result = convertType(source, to, task);
-    } else if (to != source.type()) {
-        // The bytes of both indexed types are the same.
-        result = Raster::uninitialized(to, source.width(), source.height());
-        const View out = result.edit();
-        for (int y = 0; y < source.height(); ++y)
-            std::memcpy(out.row(y), source.view().row(y), source.rowBytes());
-    }
-    result.setPalette(std::move(palette));
-    return result;
+    return x;
+}
+
+bool usesVbmi(int channels) {
+    return channels >= 3 && vbmi::hasVbmi();
+}
+
+#endif
+
+void split(int channels, const std::uint8_t* pixels, int count, ColorPlanes& planes) {
+    int done = 0;
+#if defined(KVN_HAS_VBMI_CODE)
+    if (usesVbmi(channels))
+        done = channels == 3 ? splitVbmi<3>(pixels, count, planes)
+                             : splitVbmi<4>(pixels, count, planes);
+#endif
+    if (done < count) HWY_DYNAMIC_DISPATCH(splitFrom)(channels, pixels, done, count, planes);
+}
+
+void merge(const ColorPlanes& planes, int count, int channels, std::uint8_t* pixels) {
+    int done = 0;
+#if defined(KVN_HAS_VBMI_CODE)
+    if (usesVbmi(channels))
+        done = channels == 3 ? mergeVbmi<3>(planes, count, pixels)
+                             : mergeVbmi<4>(planes, count, pixels);
+#endif
+    if (done < count) HWY_DYNAMIC_DISPATCH(mergeFrom)(planes, done, count, channels, pixels);
+}
+
+// What comes next is fetched while the kernel works, which has no memory to wait for.
+void fetch(const std::uint8_t* in, std::size_t inBytes, const std::uint8_t* out,
+           std::size_t outBytes) {
+    for (std::size_t i = 0; i < inBytes; i += 64)
+        __builtin_prefetch(in + i);
+    for (std::size_t i = 0; i < outBytes; i += 64)
+        __builtin_prefetch(out + i, 1);
 }
 
 } // namespace
 
-Raster mapPlanes(const Raster& source, PlaneResult form, Task& task, const PlaneKernel& kernel) {
-    const ImageType to = resultType(source.type(), form);
-    if (hasPalette(source.type())) return mapPalette(source, to, task, kernel);
-    Raster result = Raster::uninitialized(to, source.width(), source.height());
-    const ConstView in = source.view();
-    const View out = result.edit();
-    const std::ptrdiff_t inStep = bytesPerPixel(in.type), outStep = bytesPerPixel(to);
-    parallelRows(in.height, task, [&](int y0, int y1) {
+void splitPlanes(ImageType type, const std::uint8_t* pixels, int count, ColorPlanes& planes) {
+    split(bytesPerPixel(type), pixels, count, planes);
+}
+
+void mergePlanes(const ColorPlanes& planes, int count, ImageType type, std::uint8_t* pixels) {
+    merge(planes, count, bytesPerPixel(type), pixels);
+}
+
+Raster mapPlanes(const Raster& source, ResultForm form, Task& task, const PlaneKernel& kernel) {
+    return mapRows(source, form, task, [&](const PixelRow& row) {
         ColorPlanes planes = {};
-        for (int y = y0; y < y1; ++y)
-            for (int x = 0; x < in.width; x += ColorPlanes::size) {
-                const int count = std::min(ColorPlanes::size, in.width - x);
-                splitPlanes(in.type, in.row(y) + x * inStep, count, planes);
-                kernel(planes);
-                mergePlanes(planes, count, to, out.row(y) + x * outStep);
-            }
+        for (int x = 0; x < row.count; x += ColorPlanes::size) {
+            const int count = std::min(ColorPlanes::size, row.count - x);
+            const auto at = static_cast<std::size_t>(x), pixels = static_cast<std::size_t>(count);
+            const auto inStep = static_cast<std::size_t>(row.inChannels);
+            const auto outStep = static_cast<std::size_t>(row.outChannels);
+            const std::uint8_t* in = row.in + at * inStep;
+            std::uint8_t* out = row.out + at * outStep;
+            split(row.inChannels, in, count, planes);
+            fetch(in + pixels * inStep, pixels * inStep, out, pixels * outStep);
+            kernel(planes);
+            merge(planes, count, row.outChannels, out);
+        }
     });
-    return result;
 }
 
 } // namespace kvn::imaging

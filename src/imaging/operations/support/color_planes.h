@@ -5,8 +5,7 @@
 #include <cstdint>
 #include <functional>
 
-#include "imaging/raster.h"
-#include "imaging/task.h"
+#include "imaging/operations/support/color_maps.h"
 
 namespace kvn::imaging {
 
@@ -27,19 +26,7 @@ void mergePlanes(const ColorPlanes& planes, int count, ImageType type, std::uint
 
 using PlaneKernel = std::function<void(ColorPlanes& planes)>;
 
-// What the result can hold that the source cannot.
-enum class PlaneResult {
-    SameType,
-    Color,          // grey becomes colour
-    WithAlpha,      // grey stays; alpha is added
-    WithoutAlpha,   // grey stays; alpha is dropped
-    ColorWithAlpha, // both
-    ColorWithoutAlpha,
-};
-
-// Every pixel through the kernel, which may change all four channels of a block in place. Palette
-// pictures keep their indices and have their palette mapped; 1-bit ones become indexed where alpha
-// is added.
-Raster mapPlanes(const Raster& source, PlaneResult form, Task& task, const PlaneKernel& kernel);
+// The same as mapRows for kernels that may change all four channels of a block in place.
+Raster mapPlanes(const Raster& source, ResultForm form, Task& task, const PlaneKernel& kernel);
 
 } // namespace kvn::imaging

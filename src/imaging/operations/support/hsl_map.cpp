@@ -9,46 +9,57 @@
 namespace kvn::imaging {
 namespace {
 
-inline __attribute__((always_inline)) float channelOf(float sextant, float low, float high) {
-    sextant = sextant >= 12 ? sextant - 12 : sextant;
-    sextant = sextant >= 6 ? sextant - 6 : sextant;
-    float part = std::min(sextant, 4 - sextant);
-    part = std::min(1.0f, std::max(0.0f, part));
-    return low + (high - low) * part;
-}
+// What hue, saturation and luminance are made of, in whole numbers; twice as many of them go into
+// a vector as of the real ones.
+struct HslParts {
+    alignas(64) std::int16_t chroma[ColorPlanes::size]; // greatest channel less the least, 0..255
+    alignas(64) std::int16_t sum[ColorPlanes::size];    // of the two, 0..510
+    alignas(64) std::int16_t sextant[ColorPlanes::size];
+    alignas(64) std::int16_t rise[ColorPlanes::size]; // hue is sextant + rise / chroma, in sextants
+};
 
-inline __attribute__((always_inline)) std::uint8_t rounded(float value) {
-    return static_cast<std::uint8_t>(static_cast<int>(value + 0.5f));
-}
-
-// Hue in sextants, 0..6; the offset of `c` too. Everything is computed for every pixel and chosen
-// afterwards, so that the loop becomes vector code.
-KVN_CLONES void changePlanes(ColorPlanes& planes, const HslChange& c) {
-    const float grayFactor = c.colorsGray ? 1 : 0;
+KVN_CLONES void partsOf(const ColorPlanes& planes, HslParts& parts) {
     for (int i = 0; i < ColorPlanes::size; ++i) {
-        const float r = planes.r[i], g = planes.g[i], b = planes.b[i];
-        const float top = std::max(r, std::max(g, b)), bottom = std::min(r, std::min(g, b));
-        const float chroma = top - bottom, sum = top + bottom;
-        const float part = 1 / (chroma > 0 ? chroma : 1.0f);
-        const float fromRed = (g - b) * part, fromGreen = (b - r) * part + 2;
-        const float fromBlue = (r - g) * part + 4;
-        float hue = top == g ? fromGreen : fromBlue;
-        hue = top == r ? (fromRed < 0 ? fromRed + 6 : fromRed) : hue;
-        hue = chroma > 0 ? hue : 0.0f;
-        const float span = sum <= 255 ? sum : 510 - sum;
-        float saturation = chroma / (span > 0 ? span : 1.0f);
+        const std::int16_t r = planes.r[i], g = planes.g[i], b = planes.b[i];
+        const std::int16_t top = std::max(r, std::max(g, b)), bottom = std::min(r, std::min(g, b));
+        const auto rise = static_cast<std::int16_t>(top == g ? b - r : r - g);
+        const auto sextant = static_cast<std::int16_t>(top == g ? 2 : 4);
+        parts.rise[i] = static_cast<std::int16_t>(top == r ? g - b : rise);
+        parts.sextant[i] = top == r ? std::int16_t{0} : sextant;
+        parts.chroma[i] = static_cast<std::int16_t>(top - bottom);
+        parts.sum[i] = static_cast<std::int16_t>(top + bottom);
+    }
+}
 
-        hue = hue * c.hueFactor + c.hueOffset;
-        saturation = saturation * c.saturationFactor + c.saturationOffset;
-        saturation = std::min(1.0f, std::max(0.0f, saturation));
-        saturation *= chroma > 0 ? 1.0f : grayFactor;
-        float l = sum * 0.5f * c.luminanceFactor + c.luminanceOffset;
-        l = std::min(255.0f, std::max(0.0f, l));
+inline __attribute__((always_inline)) float within(float value, float most) {
+    return std::min(most, std::max(0.0f, value));
+}
 
-        const float high = l + saturation * (l <= 127.5f ? l : 255 - l), low = 2 * l - high;
-        planes.r[i] = rounded(channelOf(hue + 2, low, high));
-        planes.g[i] = rounded(channelOf(hue, low, high));
-        planes.b[i] = rounded(channelOf(hue + 4, low, high));
+// The offset of `c` in sextants, 0..6. Everything is computed for every pixel and chosen
+// afterwards, so that the loop becomes vector code; one division serves hue and saturation.
+KVN_CLONES void colorsOf(const HslParts& parts, const HslChange& c, ColorPlanes& planes) {
+    const float graySaturation = c.colorsGray ? 1 : 0;
+    for (int i = 0; i < ColorPlanes::size; ++i) {
+        const float chroma = parts.chroma[i], sum = parts.sum[i];
+        const float span = std::min(sum, 510 - sum);
+        const float inverse = 1 / std::max(chroma * span, 1.0f);
+        const float sextant = parts.sextant[i], rise = parts.rise[i];
+        float hue = (sextant + rise * (span * inverse)) * c.hueFactor + c.hueOffset;
+        hue = hue < 0 ? hue + 6 : hue;
+        hue = hue >= 6 ? hue - 6 : hue;
+        float saturation = chroma * (chroma * inverse);
+        saturation = within(saturation * c.saturationFactor + c.saturationOffset, 1);
+        saturation = chroma > 0 ? saturation : saturation * graySaturation;
+        const float l = within(sum * 0.5f * c.luminanceFactor + c.luminanceOffset, 255);
+
+        const float reach = saturation * std::min(l, 255 - l), range = 2 * reach;
+        const float low = l - reach + 0.5f; // to round
+        const float red = within(std::abs(hue - 3) - 1, 1),
+                    green = within(2 - std::abs(hue - 2), 1);
+        const float blue = within(2 - std::abs(hue - 4), 1);
+        planes.r[i] = static_cast<std::uint8_t>(static_cast<int>(low + range * red));
+        planes.g[i] = static_cast<std::uint8_t>(static_cast<int>(low + range * green));
+        planes.b[i] = static_cast<std::uint8_t>(static_cast<int>(low + range * blue));
     }
 }
 
@@ -59,8 +70,12 @@ Raster mapHsl(const Raster& source, const HslChange& change, Task& task) {
     const float turns = change.hueOffset / 255;
     c.hueOffset = (turns - std::floor(turns)) * 6;
     c.saturationOffset = change.saturationOffset / 255;
-    return mapPlanes(source, c.colorsGray ? PlaneResult::Color : PlaneResult::SameType, task,
-                     [&](ColorPlanes& planes) { changePlanes(planes, c); });
+    return mapPlanes(source, c.colorsGray ? ResultForm::Color : ResultForm::SameType, task,
+                     [&](ColorPlanes& planes) {
+                         HslParts parts;
+                         partsOf(planes, parts);
+                         colorsOf(parts, c, planes);
+                     });
 }
 
 } // namespace kvn::imaging

@@ -2,14 +2,13 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 
 #include "imaging/operations/support/color_maps.h"
 #include "imaging/operations/support/color_match.h"
 #include "imaging/operations/support/color_planes.h"
 #include "imaging/operations/support/curve_table.h"
 #include "imaging/operations/support/hsl_map.h"
-#include "imaging/operations/support/luma_planes.h"
+#include "imaging/operations/support/luma_rows.h"
 #include "imaging/operations/support/simd.h"
 
 namespace kvn::imaging {
@@ -23,29 +22,12 @@ constexpr Argument saturationArguments[] = {
     {"level", ArgumentKind::Number, 0, 10, "", "0 grey, 1 as it is; clamped"},
 };
 
-// `level` in steps of 1/2048. Everything fits into 16 bits, the upper half of the product included,
-// which is four times what is wanted: enough to round.
-KVN_CLONES void spread(std::uint8_t* values, const std::uint8_t* gray, std::int16_t level) {
-    for (int i = 0; i < ColorPlanes::size; ++i) {
-        const auto distance = static_cast<std::int16_t>((values[i] - gray[i]) * 128);
-        const auto fourfold = static_cast<std::int16_t>((distance * level) >> 16);
-        const auto moved = static_cast<std::int16_t>((fourfold + 2) >> 2);
-        const auto v = static_cast<std::int16_t>(gray[i] + moved);
-        const auto notBelow = v < 0 ? std::int16_t{0} : v;
-        values[i] = static_cast<std::uint8_t>(notBelow > 255 ? std::int16_t{255} : notBelow);
-    }
-}
-
 Raster saturation(const Raster& source, const Arguments& arguments, Task& task) {
     const auto level =
-        static_cast<std::int16_t>(std::lround(std::clamp(arguments.number(0), 0.0, 10.0) * 2048));
+        static_cast<int>(std::lround(std::clamp(arguments.number(0), 0.0, 10.0) * 2048));
     if (level == 2048 || isGray(source.type())) return source;
-    return mapPlanes(source, PlaneResult::SameType, task, [level](ColorPlanes& planes) {
-        alignas(64) std::uint8_t gray[ColorPlanes::size];
-        lumaOf(planes, gray);
-        for (std::uint8_t* values : {planes.r, planes.g, planes.b})
-            spread(values, gray, level);
-    });
+    return mapRows(source, ResultForm::SameType, task,
+                   [level](const PixelRow& row) { saturateRow(row, level); });
 }
 
 constexpr Argument colorizeArguments[] = {
@@ -90,12 +72,19 @@ Raster duotone(const Raster& source, const Arguments& arguments, Task& task) {
     const int at = luma(ink.r, ink.g, ink.b);
     const ColorTables tables{inkTable(ink.r, at), inkTable(ink.g, at), inkTable(ink.b, at)};
     if (isGray(source.type())) return mapChannels(source, tables, task);
-    return mapPlanes(source, PlaneResult::SameType, task, [&](ColorPlanes& planes) {
-        alignas(64) std::uint8_t gray[ColorPlanes::size];
-        lumaOf(planes, gray);
-        lookUp(gray, planes.r, ColorPlanes::size, tables.red);
-        lookUp(gray, planes.g, ColorPlanes::size, tables.green);
-        lookUp(gray, planes.b, ColorPlanes::size, tables.blue);
+    static const ByteTable identity = identityTable();
+    const ByteTable* const order[] = {&tables.red, &tables.green, &tables.blue, &identity};
+    return mapRows(source, ResultForm::SameType, task, [&](const PixelRow& row) {
+        constexpr int part = 1024; // pixels that stay at hand between the two steps
+        PixelRow some = row;
+        for (int left = row.count; left > 0; left -= part) {
+            some.count = std::min(left, part);
+            desaturateRow(some);
+            lookUpChannels(some.out, some.out, static_cast<std::size_t>(some.count), order,
+                           some.outChannels);
+            some.in += part * some.inChannels;
+            some.out += part * some.outChannels;
+        }
     });
 }
 
@@ -106,16 +95,10 @@ constexpr Argument thresholdArguments[] = {
 };
 
 Raster threshold(const Raster& source, const Arguments& arguments, Task& task) {
-    const int low = arguments.integer(0), high = arguments.integer(1);
-    const bool cutsAlpha = !arguments.boolean(2) && hasAlpha(source.type());
-    const ByteTable table = tableOf([=](int v) { return v >= low && v <= high ? 255 : 0; });
-    return mapPlanes(source, PlaneResult::SameType, task, [&](ColorPlanes& planes) {
-        lumaOf(planes, planes.r);
-        lookUp(planes.r, planes.r, ColorPlanes::size, table);
-        std::memcpy(planes.g, planes.r, ColorPlanes::size);
-        std::memcpy(planes.b, planes.r, ColorPlanes::size);
-        if (cutsAlpha) lookUp(planes.a, planes.a, ColorPlanes::size, table);
-    });
+    const LumaRange range{arguments.integer(0), arguments.integer(1),
+                          !arguments.boolean(2) && hasAlpha(source.type())};
+    return mapRows(source, ResultForm::SameType, task,
+                   [&](const PixelRow& row) { thresholdRow(row, range); });
 }
 
 constexpr Argument tintArguments[] = {
@@ -147,8 +130,8 @@ Raster replaceColor(const Raster& source, const Arguments& arguments, Task& task
     const ColorMatch match(arguments.color(0), arguments.number(2));
     const Rgba by = arguments.color(1);
     const bool opaque = arguments.boolean(3), gray = by.r == by.g && by.g == by.b;
-    using enum PlaneResult;
-    const PlaneResult form =
+    using enum ResultForm;
+    const ResultForm form =
         gray ? (opaque ? SameType : WithAlpha) : (opaque ? Color : ColorWithAlpha);
     return mapPlanes(source, form, task, [&](ColorPlanes& planes) {
         alignas(64) std::uint8_t mask[ColorPlanes::size];

@@ -155,4 +155,23 @@ Histogram histogramOf(const Raster& source, bool withChannels, bool withLuma, Ta
     return histogram;
 }
 
+std::int64_t sumWithin(const Counts& counts, ValueRange within) {
+    std::int64_t sum = 0;
+    for (int v = within.low; v <= within.high; ++v)
+        sum += counts[static_cast<std::size_t>(v)];
+    return sum;
+}
+
+ValueRange rangeOf(const Counts& counts, ValueRange within, double share) {
+    const auto spare =
+        static_cast<std::int64_t>(static_cast<double>(sumWithin(counts, within)) * share);
+    const auto count = [&](int v) { return counts[static_cast<std::size_t>(v)]; };
+    ValueRange range = within;
+    for (std::int64_t left = spare; range.low < within.high; ++range.low)
+        if ((left -= count(range.low)) < 0) break;
+    for (std::int64_t left = spare; range.high > within.low; --range.high)
+        if ((left -= count(range.high)) < 0) break;
+    return range;
+}
+
 } // namespace kvn::imaging

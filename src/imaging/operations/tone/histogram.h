@@ -20,4 +20,12 @@ struct Histogram {
 // `withLuma` and `withChannels` switch the parts on; the others stay 0.
 Histogram histogramOf(const Raster& source, bool withChannels, bool withLuma, Task& task);
 
+struct ValueRange {
+    int low, high; // both belong to it
+};
+std::int64_t sumWithin(const Counts& counts, ValueRange within);
+// The range of the values within the limits, less a share (0..1) of the pixels at each end. The low
+// end is above the high one if there are none.
+ValueRange rangeOf(const Counts& counts, ValueRange within, double share);
+
 } // namespace kvn::imaging

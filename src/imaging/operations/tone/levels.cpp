@@ -1,47 +1,24 @@
 #include "imaging/operations/tone/levels.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdint>
 
 #include "imaging/operations/support/color_maps.h"
 #include "imaging/operations/tone/histogram.h"
+#include "imaging/operations/tone/value_ranges.h"
 
 namespace kvn::imaging {
 namespace {
 
-struct Limits {
-    int low, high;
-};
-
-Limits limitsOf(const Arguments& arguments) {
+ValueRange limitsOf(const Arguments& arguments) {
     const int a = std::clamp(arguments.integer(0), 0, 255);
     const int b = std::clamp(arguments.integer(1), 0, 255);
     return {std::min(a, b), std::max(a, b)};
 }
 
-std::int64_t sumWithin(const Counts& counts, Limits within) {
-    std::int64_t sum = 0;
-    for (int v = within.low; v <= within.high; ++v)
-        sum += counts[static_cast<std::size_t>(v)];
-    return sum;
-}
-
-// The range of the values within the limits, less a share of the pixels at each end. The low end
-// is above the high one if there are none.
-Limits rangeOf(const Counts& counts, Limits within, double share) {
-    const auto spare =
-        static_cast<std::int64_t>(static_cast<double>(sumWithin(counts, within)) * share);
-    const auto count = [&](int v) { return counts[static_cast<std::size_t>(v)]; };
-    Limits range = within;
-    for (std::int64_t left = spare; range.low < within.high; ++range.low)
-        if ((left -= count(range.low)) < 0) break;
-    for (std::int64_t left = spare; range.high > within.low; --range.high)
-        if ((left -= count(range.high)) < 0) break;
-    return range;
-}
-
-double lineThrough(Limits from, Limits to, int v) {
+double lineThrough(ValueRange from, ValueRange to, int v) {
     const double part = static_cast<double>(v - from.low) / (from.high - from.low);
     return to.low + part * (to.high - to.low);
 }
@@ -50,8 +27,7 @@ std::uint8_t toByte(double value) {
     return static_cast<std::uint8_t>(std::lround(std::clamp(value, 0.0, 255.0)));
 }
 
-ByteTable stretchTable(const Counts& counts, Limits to) {
-    const Limits from = rangeOf(counts, {0, 255}, 0.001);
+ByteTable stretchTable(ValueRange from, ValueRange to) {
     ByteTable table = identityTable();
     if (from.low >= from.high) return table;
     for (int v = 0; v < 256; ++v)
@@ -61,9 +37,9 @@ ByteTable stretchTable(const Counts& counts, Limits to) {
 }
 
 // The first value goes to the low limit, the last to the high one.
-ByteTable equalTable(const Counts& counts, Limits within) {
+ByteTable equalTable(const Counts& counts, ValueRange within) {
     ByteTable table = identityTable();
-    const Limits used = rangeOf(counts, within, 0);
+    const ValueRange used = rangeOf(counts, within, 0);
     if (used.low >= used.high) return table;
     const std::int64_t first = counts[static_cast<std::size_t>(used.low)];
     const auto others = static_cast<double>(sumWithin(counts, within) - first);
@@ -82,9 +58,9 @@ constexpr Argument autoArguments[] = {
     {"evenDistribution", ArgumentKind::Boolean, 0, 0, "", "evens the tones out"},
 };
 
-ByteTable brightnessTable(const Counts& counts, Limits within, bool even) {
+ByteTable brightnessTable(const Counts& counts, ValueRange within, bool even) {
     ByteTable table = identityTable();
-    const Limits from = rangeOf(counts, within, 0.005);
+    const ValueRange from = rangeOf(counts, within, 0.005);
     if (from.low >= from.high) return table;
     const auto all = static_cast<double>(sumWithin(counts, within));
     double below = 0;
@@ -124,10 +100,38 @@ constexpr Argument equalizeArguments[] = {
     {"channels", ArgumentKind::Integer, 0, 7, "", "sum of 1 red, 2 green, 4 blue"},
 };
 
-using TableMaker = ByteTable (*)(const Counts& counts, Limits limits);
+// The channels of the mask through tables of their own.
+Raster throughTables(const Raster& source, int mask, const std::array<ByteTable, 3>& tables,
+                     Task& task) {
+    ColorTables all = ColorTables::same(identityTable());
+    if (mask & 1) all.red = tables[0];
+    if (mask & 2) all.green = tables[1];
+    if (mask & 4) all.blue = tables[2];
+    const ByteTable same = identityTable();
+    if (all.red == same && all.green == same && all.blue == same) return source;
+    const Task::Stage mapping(task, 0.6, 1);
+    return mapChannels(source, all, task);
+}
 
-// Each channel of the mask through a table of its own.
-Raster byChannels(const Raster& source, const Arguments& arguments, TableMaker make, Task& task) {
+std::array<ValueRange, 3> channelRanges(const Raster& source, double share, Task& task) {
+    const Task::Stage counting(task, 0, 0.6);
+    if (const auto ranges = findRanges(source, share, task)) return *ranges;
+    const Histogram histogram = histogramOf(source, true, false, task);
+    return {rangeOf(histogram.red, {0, 255}, share), rangeOf(histogram.green, {0, 255}, share),
+            rangeOf(histogram.blue, {0, 255}, share)};
+}
+
+Raster histogramStretch(const Raster& source, const Arguments& arguments, Task& task) {
+    const int mask = arguments.integer(2) & 7;
+    if (mask == 0) return source;
+    const auto from = channelRanges(source, 0.001, task);
+    const ValueRange to = limitsOf(arguments);
+    return throughTables(
+        source, mask,
+        {stretchTable(from[0], to), stretchTable(from[1], to), stretchTable(from[2], to)}, task);
+}
+
+Raster histogramEqualize(const Raster& source, const Arguments& arguments, Task& task) {
     const int mask = arguments.integer(2) & 7;
     if (mask == 0) return source;
     Histogram histogram;
@@ -135,22 +139,11 @@ Raster byChannels(const Raster& source, const Arguments& arguments, TableMaker m
         const Task::Stage counting(task, 0, 0.6);
         histogram = histogramOf(source, true, false, task);
     }
-    const Limits limits = limitsOf(arguments);
-    const ByteTable same = identityTable();
-    const ColorTables tables{mask & 1 ? make(histogram.red, limits) : same,
-                             mask & 2 ? make(histogram.green, limits) : same,
-                             mask & 4 ? make(histogram.blue, limits) : same};
-    if (tables.red == same && tables.green == same && tables.blue == same) return source;
-    const Task::Stage mapping(task, 0.6, 1);
-    return mapChannels(source, tables, task);
-}
-
-Raster histogramStretch(const Raster& source, const Arguments& arguments, Task& task) {
-    return byChannels(source, arguments, stretchTable, task);
-}
-
-Raster histogramEqualize(const Raster& source, const Arguments& arguments, Task& task) {
-    return byChannels(source, arguments, equalTable, task);
+    const ValueRange limits = limitsOf(arguments);
+    return throughTables(source, mask,
+                         {equalTable(histogram.red, limits), equalTable(histogram.green, limits),
+                          equalTable(histogram.blue, limits)},
+                         task);
 }
 
 } // namespace
