@@ -20,10 +20,10 @@ namespace kvn::imaging {
 extern const Operation gradientOperation;
 
 // Geometry.HugoNoise(width, height, octaves 1..12, smoothness 0..100, size 0..100): value noise
-// after H. Elias (1998): random values in a grid, each averaged with its neighbours, cosines
-// between them. Cells of the first octave are `size` percent of the longer side wide, every further
-// octave's half as much, down to a pixel, and weaker by a factor from 0.9 (smoothness 0) to 0.2
-// (100).
+// in octaves after H. Elias (1998): random values in a grid, and a cubic B-spline over them, which
+// shows nothing of the grid. Cells of the first octave are `size` percent of the longer side wide,
+// every further octave's half as much, down to a pixel, and weaker by a factor from 0.9 (smoothness
+// 0) to 0.2 (100).
 //
 // Geometry.PerlinNoise(width, height, size 0..100): the sum of all octaves of gradient noise (K.
 // Perlin, Improving Noise, 2002) of cells from `size` percent of the longer side down to three

@@ -25,15 +25,6 @@ float randomValue(int x, int y, std::uint32_t seed) {
     return static_cast<float>(hashed(x, y, seed) >> 8) * 0x1p-24f;
 }
 
-// The mean of the point and its eight neighbours with weights 4, 2 and 1.
-float smoothedValue(int x, int y, std::uint32_t seed) {
-    float sum = 0;
-    for (int j = -1; j <= 1; ++j)
-        for (int i = -1; i <= 1; ++i)
-            sum += randomValue(x + i, y + j, seed) * static_cast<float>((2 - i * i) * (2 - j * j));
-    return sum / 16;
-}
-
 // Sixty-four directions: few enough for a table, too many for the eye to see.
 constexpr unsigned directionCount = 64;
 std::array<std::pair<float, float>, directionCount> directions() {
@@ -45,12 +36,9 @@ std::array<std::pair<float, float>, directionCount> directions() {
     return all;
 }
 
-// Smooth steps from 0 to 1: without a jump in the second derivative, and half a cosine wave.
+// A smooth step from 0 to 1, without a jump in the second derivative.
 float faded(float t) {
     return t * t * t * (t * (t * 6 - 15) + 10);
-}
-float rounded(float t) {
-    return 0.5f - 0.5f * std::cos(t * std::numbers::pi_v<float>);
 }
 
 // A row from its grid points: left and right of each pixel there is a line through base and slope.
@@ -85,72 +73,124 @@ KVN_CLONES void addWideGradients(const float* __restrict base, const float* __re
     }
 }
 
-KVN_CLONES void addValues(const float* __restrict base, float cells, float weight, int count,
-                          float* __restrict out) {
+// What each cell adds at t, the place in it from 0 to 1: c0 + c1 t + c2 t^2 + c3 t^3, times the
+// weight. `points` begins one grid point to the left of the first cell.
+KVN_CLONES void splineCells(const float* __restrict points, float weight, std::size_t cells,
+                            float* __restrict c0, float* __restrict c1, float* __restrict c2,
+                            float* __restrict c3) {
+    const float sixth = weight / 6;
+    for (std::size_t i = 0; i < cells; ++i) {
+        const float a = points[i], b = points[i + 1], c = points[i + 2], d = points[i + 3];
+        c0[i] = (a + 4 * b + c) * sixth;
+        c1[i] = (c - a) * 3 * sixth;
+        c2[i] = (a - 2 * b + c) * 3 * sixth;
+        c3[i] = (d - a + 3 * (b - c)) * sixth;
+    }
+}
+
+KVN_CLONES void addSpline(const float* __restrict c0, const float* __restrict c1,
+                          const float* __restrict c2, const float* __restrict c3, float cells,
+                          int count, float* __restrict out) {
     for (int x = 0; x < count; ++x) {
         const float place = static_cast<float>(x) * cells;
         const int i = static_cast<int>(place);
-        // Half a cosine wave by its series about the middle, within 2e-6.
-        const float u = (place - static_cast<float>(i) - 0.5f) * std::numbers::pi_v<float>;
-        const float q = u * u;
-        const float sine =
-            u * (1 + q * (-1.0f / 6 + q * (1.0f / 120 + q * (-1.0f / 5040 + q * (1.0f / 362880)))));
-        out[x] += weight * (base[i] + (0.5f + 0.5f * sine) * (base[i + 1] - base[i]));
+        const float t = place - static_cast<float>(i);
+        out[x] += c0[i] + t * (c1[i] + t * (c2[i] + t * c3[i]));
     }
 }
+
+// The same a cell at a time.
+KVN_CLONES void addWideSpline(const float* __restrict c0, const float* __restrict c1,
+                              const float* __restrict c2, const float* __restrict c3, float cells,
+                              int count, float* __restrict out) {
+    for (int x0 = 0, i = 0; x0 < count; ++i) {
+        const int x1 =
+            std::min(count, static_cast<int>(std::ceil(static_cast<float>(i + 1) / cells)));
+        const float a = c0[i], b = c1[i], c = c2[i], d = c3[i];
+        for (int x = x0; x < x1; ++x) {
+            const float t = static_cast<float>(x) * cells - static_cast<float>(i);
+            out[x] += a + t * (b + t * (c + t * d));
+        }
+        x0 = x1;
+    }
+}
+
+constexpr double wide = 24; // cells of so many pixels are worth a loop each
 
 } // namespace
 
 Octave::Octave(NoiseKind kind, int width, double cell, std::uint32_t seed)
     : kind_(kind), width_(width), cell_(cell), seed_(seed) {
     const auto points = static_cast<std::size_t>(width / cell) + 3;
-    for (Line* line : {&upper_, &lower_}) {
-        line->x.resize(points);
-        line->y.resize(points);
+    for (Line& line : lines_) {
+        line.x.resize(points + 3);
+        line.y.resize(points);
     }
-    base_.resize(points);
-    slope_.resize(points);
+    base_.resize(points + 3);
+    for (auto& numbers : cells_)
+        numbers.resize(points);
 }
 
 void Octave::fillLine(int gridY, Line& line) const {
     static const auto table = directions();
-    for (std::size_t i = 0; i < line.x.size(); ++i) {
-        const int gridX = static_cast<int>(i);
-        if (kind_ == NoiseKind::Value)
-            line.x[i] = smoothedValue(gridX, gridY, seed_);
-        else
-            std::tie(line.x[i], line.y[i]) = table[hashed(gridX, gridY, seed_) % directionCount];
+    if (kind_ == NoiseKind::Value) {
+        for (std::size_t i = 0; i < line.x.size(); ++i)
+            line.x[i] = randomValue(static_cast<int>(i) - 1, gridY, seed_);
+        return;
     }
+    for (std::size_t i = 0; i < line.y.size(); ++i)
+        std::tie(line.x[i], line.y[i]) =
+            table[hashed(static_cast<int>(i), gridY, seed_) % directionCount];
+}
+
+// The first `count` lines from `first` on into lines_.
+void Octave::seek(int first, int count) {
+    if (first == firstLine_ + 1) {
+        std::rotate(lines_, lines_ + 1, lines_ + count);
+        fillLine(first + count - 1, lines_[count - 1]);
+    } else if (first != firstLine_) {
+        for (int i = 0; i < count; ++i)
+            fillLine(first + i, lines_[i]);
+    }
+    firstLine_ = first;
 }
 
 void Octave::addRow(int y, float weight, float* out) {
     const double place = y / cell_;
     const int gridY = static_cast<int>(place);
-    if (gridY == gridY_ + 1) {
-        std::swap(upper_, lower_);
-        fillLine(gridY + 1, lower_);
-    } else if (gridY != gridY_) {
-        fillLine(gridY, upper_);
-        fillLine(gridY + 1, lower_);
-    }
-    gridY_ = gridY;
     const auto t = static_cast<float>(place - gridY);
-    const auto cells = static_cast<float>(1 / cell_);
-    if (kind_ == NoiseKind::Value) {
-        const float share = rounded(t);
-        for (std::size_t i = 0; i < base_.size(); ++i)
-            base_[i] = upper_.x[i] + share * (lower_.x[i] - upper_.x[i]);
-        return addValues(base_.data(), cells, weight, width_, out);
-    }
+    if (kind_ == NoiseKind::Value)
+        addValues(gridY, t, weight, out);
+    else
+        addSlopes(gridY, t, weight, out);
+}
+
+void Octave::addValues(int gridY, float t, float weight, float* out) {
+    seek(gridY - 1, 4);
+    const float back = 1 - t;
+    const float shares[4] = {back * back * back / 6, (4 + t * t * (3 * t - 6)) / 6,
+                             (4 + back * back * (3 * back - 6)) / 6, t * t * t / 6};
+    for (std::size_t i = 0; i < base_.size(); ++i)
+        base_[i] = shares[0] * lines_[0].x[i] + shares[1] * lines_[1].x[i] +
+                   shares[2] * lines_[2].x[i] + shares[3] * lines_[3].x[i];
+    auto& [c0, c1, c2, c3] = cells_;
+    splineCells(base_.data(), weight, c0.size(), c0.data(), c1.data(), c2.data(), c3.data());
+    const auto add = cell_ >= wide ? addWideSpline : addSpline;
+    add(c0.data(), c1.data(), c2.data(), c3.data(), static_cast<float>(1 / cell_), width_, out);
+}
+
+void Octave::addSlopes(int gridY, float t, float weight, float* out) {
+    seek(gridY, 2);
+    const Line &upper = lines_[0], &lower = lines_[1];
+    std::vector<float>& slope = cells_[0];
     const float share = faded(t);
-    for (std::size_t i = 0; i < base_.size(); ++i) {
-        const float above = upper_.y[i] * t, below = lower_.y[i] * (t - 1);
+    for (std::size_t i = 0; i < slope.size(); ++i) {
+        const float above = upper.y[i] * t, below = lower.y[i] * (t - 1);
         base_[i] = above + share * (below - above);
-        slope_[i] = upper_.x[i] + share * (lower_.x[i] - upper_.x[i]);
+        slope[i] = upper.x[i] + share * (lower.x[i] - upper.x[i]);
     }
-    constexpr double wide = 24;
     const auto add = cell_ >= wide ? addWideGradients : addGradients;
-    add(base_.data(), slope_.data(), cells, weight, width_, out);
+    add(base_.data(), slope.data(), static_cast<float>(1 / cell_), weight, width_, out);
 }
 
 } // namespace kvn::imaging
