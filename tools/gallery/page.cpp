@@ -69,6 +69,9 @@ std::string calls(const Row& row) {
 
 void addRow(std::string& page, const Entry& entry) {
     page += "| **" + std::string(entry.row->caption) + "**<br>`" + calls(*entry.row) + "` |";
+    // What they are made of, if it does not stand above all tables.
+    if (entry.row->source == Source::Face || entry.row->source == Source::Page)
+        page += " <img src=\"" + entry.sources.front() + ".png\" width=\"200\">";
     for (const std::string& picture : entry.pictures)
         page += " ![](" + picture + ")";
     page += " |\n";
