@@ -9,6 +9,7 @@
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include "basic/error.h"
@@ -241,10 +242,26 @@ class TemporaryFile {
     int fd_ = -1;
 };
 
-void takeOver(const struct stat& old, int fd) {
+// Access lists, labels and notes that the file system keeps beside a file, as far as it lets us.
+void copyAttributes(const std::string& from, int to) {
+    const ssize_t size = ::listxattr(from.c_str(), nullptr, 0);
+    if (size <= 0) return;
+    std::string names(static_cast<std::size_t>(size), '\0'), value;
+    const ssize_t listed = ::listxattr(from.c_str(), names.data(), names.size());
+    names.resize(static_cast<std::size_t>(std::max<ssize_t>(listed, 0)));
+    for (std::size_t at = 0; at < names.size(); at += std::strlen(&names[at]) + 1) {
+        const ssize_t bytes = ::getxattr(from.c_str(), &names[at], nullptr, 0);
+        value.resize(static_cast<std::size_t>(std::max<ssize_t>(bytes, 0)));
+        const ssize_t got = ::getxattr(from.c_str(), &names[at], value.data(), value.size());
+        if (got >= 0) ::fsetxattr(to, &names[at], value.data(), static_cast<std::size_t>(got), 0);
+    }
+}
+
+void takeOver(const std::string& path, const struct stat& old, int fd) {
     // Group and owner are a courtesy: only a privileged user may give files away.
     if (::fchown(fd, old.st_uid, old.st_gid) != 0) errno = 0;
     ::fchmod(fd, old.st_mode & 07777);
+    copyAttributes(path, fd);
 }
 
 } // namespace
@@ -264,7 +281,7 @@ void replaceFile(const std::string& path, const std::function<void(ByteSink&)>& 
     FileSink sink(file.get(), path);
     fill(sink);
     sink.flush();
-    if (exists) takeOver(old, file.get());
+    if (exists) takeOver(target, old, file.get());
     if (::fsync(file.get()) != 0) failErrno(errno, path);
     if (const int error = file.close(); error != 0) failErrno(error, path);
     temporary.renameTo(target);

@@ -221,7 +221,10 @@ class PngTest : public QObject {
         meta.gamma = 0.45455;
         meta.xDpi = 300 / 2.54 * 2.54;
         meta.yDpi = 150;
-        meta.pngChunks = {{"cHRM", Bytes(32, 1)}, {"prVt", {1, 2, 3}}};
+        meta.pngChunks = {
+            {"cHRM", Bytes(32, 1)},
+            {"prVt", {1, 2, 3}},
+            {"iTXt", bytesOf("Title\0\0\0de\0Titel\0a text that names its language"sv)}};
         const Page page{patterned(ImageType::Rgb24, 7, 5), std::make_shared<Metadata>(meta), {}};
         const File file = written(pngCodec(), {page});
         Metadata read = *reread(pngCodec(), file).pages.front().metadata;

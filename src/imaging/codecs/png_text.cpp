@@ -56,6 +56,12 @@ std::optional<std::string> contentOf(std::string_view chunk, Data data) {
     return isCompressed ? inflatedText(data) : std::optional(textOf(data));
 }
 
+// The text names its language, or the keyword in it.
+bool isTranslated(std::string_view chunk, Data behindKeyword) {
+    return chunk == "iTXt" && behindKeyword.size() >= 4 &&
+           (behindKeyword[2] != 0 || behindKeyword[3] != 0);
+}
+
 int hexDigit(char c) {
     if (c >= '0' && c <= '9') return c - '0';
     if (c >= 'a' && c <= 'f') return c - 'a' + 10;
@@ -118,6 +124,7 @@ void takeIptcText(const std::string& content, Metadata& metadata) {
 } // namespace
 
 void takePngText(std::string_view chunk, Data data, Metadata& metadata) {
+    const Data whole = data;
     const auto keyword = takeUntilZero(data);
     if (!keyword) return;
     const auto content = contentOf(chunk, data);
@@ -130,6 +137,8 @@ void takePngText(std::string_view chunk, Data data, Metadata& metadata) {
         takeIptcText(*content, metadata);
     } else if (*keyword == commentKeyword && metadata.comment.empty()) {
         metadata.comment = *content;
+    } else if (isTranslated(chunk, data)) {
+        metadata.pngChunks.push_back({std::string(chunk), {whole.begin(), whole.end()}});
     } else {
         metadata.text.emplace_back(utf8FromLatin1(*keyword), *content);
     }
