@@ -1,5 +1,6 @@
 #include "imaging/palette.h"
 
+#include <algorithm>
 #include <limits>
 #include <utility>
 
@@ -49,6 +50,16 @@ int Palette::nearest(Rgba color) const {
         bestDistance = distance;
     }
     return best;
+}
+
+int Palette::find(Rgba color) const {
+    const auto at = std::ranges::find(colors_, color);
+    return at == colors_.end() ? -1 : static_cast<int>(at - colors_.begin());
+}
+
+int Palette::place(Rgba color, std::size_t room) {
+    if (find(color) < 0 && colors_.size() < room) colors_.push_back(color);
+    return nearest(color);
 }
 
 } // namespace kvn::imaging

@@ -34,6 +34,11 @@ class Palette {
     // The index with the smallest squared distance in red, green, blue and alpha; the lowest one
     // of several. 0 for an empty palette.
     int nearest(Rgba color) const;
+    // The index of exactly this colour, or -1.
+    int find(Rgba color) const;
+    // The index of this colour, which comes to the end if it is missing and there is room for it
+    // among `room` colours; else nearest().
+    int place(Rgba color, std::size_t room = maxSize);
 
     bool operator==(const Palette&) const = default;
 

@@ -119,7 +119,8 @@ bool isGray(ImageType type) {
 bool typeFits(const Operation& operation, ImageType from, ImageType to) {
     const ImageType colored = hasAlpha(from) ? ImageType::Rgba32 : ImageType::Rgb24;
     // What treats the channels differently turns grey into colour.
-    if (isGray(from) && to == colored) return operation.alpha != AlphaRule::None;
+    if (isGray(from) && to == colored && operation.types != TypeRule::Fixed)
+        return operation.alpha != AlphaRule::None;
     switch (operation.types) {
     case TypeRule::Keeps:
         return to == from;
@@ -358,20 +359,20 @@ void OperationTest::canvasPlacesThePicture() {
                                                task)
                                       .front();
             QCOMPARE(result.size(), (Size{27, 14}));
-            const Raster bare = Raster::filled(type, 1, 1, back);
+            // Only the palette with room can take the colour up.
+            QCOMPARE(result.type(), hasAlpha(type)                ? ImageType::Rgba32
+                                    : type == ImageType::Indexed8 ? type
+                                                                  : ImageType::Rgb24);
+            const Rgba bare{back.r, back.g, back.b, hasAlpha(type) ? back.a : std::uint8_t{255}};
             for (int y = 0; y < 14; ++y)
                 for (int x = 0; x < 27; ++x) {
                     const Point from{x - offset.x, y - offset.y};
                     const bool covered = from.x >= 0 && from.y >= 0 && from.x < 21 && from.y < 9;
-                    if (covered)
-                        QCOMPARE(result.pixel(x, y), source.pixel(from.x, from.y));
-                    else if (!hasPalette(type) || type == ImageType::Indexed8)
-                        QCOMPARE(result.pixel(x, y), bare.pixel(0, 0)); // the palette had room
-                    else
-                        QCOMPARE(int{result.index(x, y)},
-                                 source.palette().nearest(
-                                     hasAlpha(type) ? back : Rgba{back.r, back.g, back.b, 255}));
+                    QCOMPARE(result.pixel(x, y), covered ? source.pixel(from.x, from.y) : bare);
                 }
+            const std::vector<Value> inside{std::int64_t{9}, std::int64_t{4}, back,
+                                            std::int64_t{-7}, std::int64_t{-3}};
+            QCOMPARE(runOperation(canvas, source, inside, task).front().type(), type);
         }
 }
 

@@ -1,11 +1,12 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
-#include <utility>
 #include <vector>
 
 #include "imaging/convert_rows.h"
 #include "imaging/operations/basic_geometry.h"
+#include "imaging/operations/support/color_maps.h"
+#include "imaging/operations/support/result_size.h"
 
 namespace kvn::imaging {
 
@@ -19,15 +20,16 @@ constexpr Argument arguments[] = {
     {"offsetY", ArgumentKind::Integer, -65535, 65535, "px", "row of the picture's top edge"},
 };
 
-// The palette with the colour in it, if there is room; 1-bit pictures keep their two.
-Palette paletteWith(const Raster& source, Rgba color) {
-    Palette palette = source.palette();
+// The picture in a type that has the colour: the palette takes it up if it has room, otherwise the
+// picture becomes 24-bit or 32-bit, as a grey one does for a colour that is no grey.
+Raster ableToShow(const Raster& source, Rgba color, Task& task) {
+    if (!hasPalette(source.type()))
+        return color.r == color.g && color.g == color.b ? source : promotedToColor(source, task);
     if (!hasAlpha(source.type())) color.a = 255;
-    const auto& colors = palette.colors();
-    if (source.type() != ImageType::Bit1 && palette.size() < Palette::maxSize &&
-        std::ranges::find(colors, color) == colors.end())
-        palette.set(palette.size(), color);
-    return palette;
+    Raster result = source;
+    Palette& palette = result.paletteForEdit();
+    palette.place(color, source.type() == ImageType::Bit1 ? 2 : Palette::maxSize);
+    return palette.find(color) < 0 ? promoted(source, task) : result;
 }
 
 // One row of the bare canvas. Palette types: its index in every byte, also for 1-bit.
@@ -90,13 +92,17 @@ void drawRow(const ConstView& from, const Placement& placement,
                     static_cast<std::size_t>(covered.width) * static_cast<std::size_t>(step));
 }
 
-Raster resizeCanvas(const Raster& source, const Arguments& arguments, Task& task) {
-    const Size size{arguments.integer(0), arguments.integer(1)};
+Raster resizeCanvas(const Raster& picture, const Arguments& arguments, Task& task) {
+    const Size size =
+        checkedResultSize(arguments.integer(0), arguments.integer(1), "Geometry.ResizeCanvas");
     const Rgba color = arguments.color(2);
+    const Placement placement = place(picture, size, {arguments.integer(3), arguments.integer(4)});
+    if (placement.covered == picture.rect() && size == picture.size()) return picture;
+    const bool bares = placement.covered != Rect{0, 0, size.width, size.height};
+    const Raster source = bares ? ableToShow(picture, color, task) : picture;
     Raster result = Raster::uninitialized(source.type(), size.width, size.height);
-    if (hasPalette(source.type())) result.setPalette(paletteWith(source, color));
+    result.setPalette(source.palette());
     const auto bare = bareRow(result.palette(), source.type(), size.width, color);
-    const Placement placement = place(source, size, {arguments.integer(3), arguments.integer(4)});
     const ConstView from = source.view();
     const View to = result.edit();
     parallelRows(to.height, task, [&](int y0, int y1) {
@@ -115,9 +121,10 @@ const Operation resizeCanvasOperation = {
     .run = resizeCanvas,
     .border = -1,
     .alpha = AlphaRule::None,
-    .types = TypeRule::Keeps,
-    .note = "Lays the picture on a canvas of the given size; a palette gets the color if it has "
-            "room.",
+    .types = TypeRule::Fixed,
+    .note =
+        "Lays the picture on a canvas of the given size; 24-bit or 32-bit where the type cannot "
+        "show the color.",
 };
 
 } // namespace kvn::imaging

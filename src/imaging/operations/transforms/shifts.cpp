@@ -53,9 +53,15 @@ class Mover {
         : result_(Raster::uninitialized(source.type(), source.width(), source.height())),
           in_(source.view()), out_(result_.edit()) {
         result_.setPalette(source.palette());
-        if (hasPalette(source.type()))
-            bare_[0] = static_cast<std::uint8_t>(source.palette().nearest(
-                {0, 0, 0, hasAlpha(source.type()) ? std::uint8_t{0} : std::uint8_t{255}}));
+    }
+
+    // Has the bare places clear, or black: a palette gets that colour if it has room.
+    void uncover() {
+        const ImageType type = in_.type;
+        if (hasPalette(type))
+            bare_[0] = static_cast<std::uint8_t>(result_.paletteForEdit().place(
+                {0, 0, 0, hasAlpha(type) ? std::uint8_t{0} : std::uint8_t{255}},
+                type == ImageType::Bit1 ? 2 : Palette::maxSize));
     }
 
     // Row y of the result from row `from` of the source.
@@ -99,6 +105,10 @@ Raster offset(const Raster& source, const Arguments& arguments, Task& task) {
         shiftedBy(arguments.integer(1), source.width(), style == 1 || style == 2);
     const Sources rows = shiftedBy(arguments.integer(2), source.height(), style == 1 || style == 3);
     Mover mover(source);
+    const auto isBare = [](const Sources& axis) {
+        return std::ranges::find(axis, nowhere) != axis.end();
+    };
+    if (isBare(columns) || isBare(rows)) mover.uncover();
     parallelRows(source.height(), task, [&](int y0, int y1) {
         for (int y = y0; y < y1; ++y)
             mover.moveRow(y, rows[static_cast<std::size_t>(y)], columns);
