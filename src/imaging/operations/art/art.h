@@ -1,7 +1,8 @@
 // Effects that redo a picture by hand: frames and shadows, cracks, strokes and dots, veils and
 // motion. Lengths are pixels, angles degrees. 1-bit and palette pictures become 24-bit, 32-bit with
-// alpha; the other types stay unless told otherwise. Arguments out of range are clamped. Random
-// numbers are hashes of places, so the same picture always comes out the same.
+// alpha; the other types stay unless told otherwise. No colour of a clear pixel is seen: they count
+// by their alpha or as visible ones beside them. Arguments out of range are clamped. Random numbers
+// are hashes of places, so the same picture always comes out the same.
 //
 // What has no length of its own among its arguments is measured by the picture, so that it looks
 // the same on a small copy: U is a thousandth of the shorter side.

@@ -6,6 +6,7 @@
 #include "imaging/operations/art/art.h"
 #include "imaging/operations/art/cells.h"
 #include "imaging/operations/support/color_maps.h"
+#include "imaging/operations/support/hidden_colors.h"
 #include "imaging/operations/support/simd.h"
 #include "imaging/operations/transforms/noise_field.h"
 
@@ -259,7 +260,7 @@ const Operation crackleOperation = {
     .name = "Geometry.Crackle",
     .undoName = "Crackle",
     .arguments = crackleArguments,
-    .run = crackle,
+    .run = overVisibleColors<crackle>,
     .border = -1,
     .alpha = AlphaRule::ColorOnly,
     .note = "Breaks the picture like glaze, paint, earth, glass, or mends it with gold.",

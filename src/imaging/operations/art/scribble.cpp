@@ -11,6 +11,7 @@
 #include "imaging/operations/filters/gauss.h"
 #include "imaging/operations/filters/rank.h"
 #include "imaging/operations/support/color_maps.h"
+#include "imaging/operations/support/hidden_colors.h"
 #include "imaging/operations/support/simd.h"
 #include "imaging/operations/tone/curves.h"
 #include "imaging/operations/transforms/noise_field.h"
@@ -335,7 +336,7 @@ const Operation scribbleOperation = {
     .name = "Geometry.Scribble",
     .undoName = "Scribble",
     .arguments = scribbleArguments,
-    .run = scribble,
+    .run = overVisibleColors<scribble>,
     .border = -1,
     .note = "Draws over the picture with a shaky pen: outlines, and strokes in the shadows.",
 };

@@ -8,6 +8,7 @@
 #include "imaging/operations/filters/means.h"
 #include "imaging/operations/filters/rank.h"
 #include "imaging/operations/support/color_maps.h"
+#include "imaging/operations/support/hidden_colors.h"
 #include "imaging/operations/support/simd.h"
 
 namespace kvn::imaging {
@@ -187,7 +188,7 @@ const Operation stippleOperation = {
     .name = "Geometry.Stipple",
     .undoName = "Stipple",
     .arguments = stippleArguments,
-    .run = stipple,
+    .run = overVisibleColors<stipple>,
     .border = -1,
     .alpha = AlphaRule::ColorOnly,
     .note = "Paints the picture in dots of colour, or lays glass beads on it.",

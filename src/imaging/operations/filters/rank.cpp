@@ -87,12 +87,6 @@ Raster despeckle(const Raster& source, const Arguments&, Task& task) {
         });
 }
 
-// Where alpha is ignored every colour counts, seen or not.
-template <Raster (*Run)(const Raster&, const Arguments&, Task&)>
-Raster unlessIgnored(const Raster& source, const Arguments& arguments, Task& task) {
-    return (arguments.boolean(1) ? Run : overVisibleColors<Run>)(source, arguments, task);
-}
-
 } // namespace
 
 const Operation despeckleOperation = {
@@ -108,7 +102,7 @@ const Operation medianCutOperation = {
     .name = "Effects.MedianCut",
     .undoName = "Median Cut",
     .arguments = rankArguments,
-    .run = unlessIgnored<medianCut>,
+    .run = medianCut,
     .border = -1,
     .alpha = AlphaRule::EveryChannel,
     .note = "The median of the square window around every pixel.",
@@ -118,7 +112,7 @@ const Operation minimumOperation = {
     .name = "Effects.Minimum",
     .undoName = "Minimum",
     .arguments = rankArguments,
-    .run = unlessIgnored<minimum>,
+    .run = minimum,
     .border = -1,
     .alpha = AlphaRule::EveryChannel,
     .note = "The least value of the square window around every pixel.",
@@ -128,7 +122,7 @@ const Operation maximumOperation = {
     .name = "Effects.Maximum",
     .undoName = "Maximum",
     .arguments = rankArguments,
-    .run = unlessIgnored<maximum>,
+    .run = maximum,
     .border = -1,
     .alpha = AlphaRule::EveryChannel,
     .note = "The greatest value of the square window around every pixel.",

@@ -23,8 +23,8 @@ void fold(float& x, float& y, float nx, float ny) {
 constexpr int sectors = 12;
 constexpr double sectorAngle = 2 * std::numbers::pi / sectors;
 
-// The sector about the middle whose colours vary most, counted clockwise from straight up. Alpha
-// counts as a channel.
+// The sector about the middle whose colours vary most, counted clockwise from straight up. Colours
+// count by their alpha, and alpha as a channel of its own.
 int liveliestSector(const Raster& source) {
     struct Sums {
         double count = 0, sum[4] = {}, squares[4] = {};
@@ -41,8 +41,11 @@ int liveliestSector(const Raster& source) {
                 static_cast<int>(std::floor(turn / sectorAngle) + sectors) % sectors;
             Sums& own = sums[sector];
             ++own.count;
+            const std::uint8_t* pixel = view.row(y) + std::ptrdiff_t{x} * channels;
+            const int alpha = hasAlpha(view.type) ? channels - 1 : channels;
             for (int c = 0; c < channels; ++c) {
-                const double v = view.row(y)[std::ptrdiff_t{x} * channels + c];
+                const double v =
+                    c < alpha && alpha < channels ? pixel[c] * pixel[alpha] / 255.0 : pixel[c];
                 own.sum[c] += v;
                 own.squares[c] += v * v;
             }
