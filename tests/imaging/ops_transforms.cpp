@@ -109,6 +109,7 @@ class TransformsTest : public QObject {
     void radialLaws();
     void beyondTheRadiusNothingChanges();
     void lineLaws();
+    void beyondItsEdgesThePictureIsMirrored();
     void offsetMovesExactly();
     void lineSliceMovesExactly();
     void noisesDiffer();
@@ -243,11 +244,31 @@ void TransformsTest::lineLaws() {
     }));
 }
 
+// A wave without periods moves all rows by its height.
+void TransformsTest::beyondItsEdgesThePictureIsMirrored() {
+    const Raster source = noise(ImageType::Rgb24, {37, 5});
+    for (const int by : {9, -30, 100}) {
+        const Raster moved =
+            run("Transforms.Wave", source, {whole(2), static_cast<double>(by), 0.0});
+        for (int x = 0; x < 37; ++x) {
+            const int lap = (((x - by) % 72) + 72) % 72;
+            QCOMPARE(moved.pixel(x, 3), source.pixel(std::min(lap, 72 - lap), 3));
+        }
+    }
+}
+
 void TransformsTest::offsetMovesExactly() {
     for (const ImageType type : everyType)
         for (const Point by : {Point{3, 5}, Point{-60, 4}, Point{7, -90}})
             for (int style = 0; style < 4; ++style) {
-                const Raster source = noise(type, {37, 29});
+                Raster source = noise(type, {37, 29});
+                if (type != ImageType::Bit1 && hasPalette(type)) { // one with room
+                    const View pixels = source.edit();
+                    for (int y = 0; y < 29; ++y)
+                        for (int x = 0; x < 37; ++x)
+                            pixels.row(y)[x] &= 127;
+                    source.setPalette(Palette(std::vector<Rgba>(128, {9, 9, 9, 255})));
+                }
                 const Raster result =
                     run("Transforms.Offset", source, {whole(style), whole(by.x), whole(by.y)});
                 QCOMPARE(result.type(), type);
@@ -258,8 +279,9 @@ void TransformsTest::offsetMovesExactly() {
                         if (style == 1 || style == 3) fromY = ((fromY % 29) + 29) % 29;
                         if (fromX >= 0 && fromY >= 0 && fromX < 37 && fromY < 29)
                             QCOMPARE(result.pixel(x, y), source.pixel(fromX, fromY));
-                        else if (!hasPalette(type))
-                            QCOMPARE(result.pixel(x, y), Raster(type, 1, 1).pixel(0, 0));
+                        else if (type != ImageType::Bit1)
+                            QCOMPARE(result.pixel(x, y),
+                                     (Rgba{0, 0, 0, std::uint8_t(hasAlpha(type) ? 0 : 255)}));
                     }
             }
 }
@@ -356,6 +378,13 @@ void TransformsTest::warpCarriesTheStartToTheEnd() {
         for (int x = 0; x < size.width; ++x)
             if (std::hypot(x - 72, y - 59) > 2.5 * 15)
                 QCOMPARE(result.pixel(x, y), source.pixel(x, y));
+    // However far the push goes, the edges hold; exactly so where nothing shrinks.
+    const Raster far = run("Geometry.Warp", source, {whole(30), whole(90), whole(130), whole(20)});
+    QCOMPARE(far.pixel(130, 20), source.pixel(30, 90));
+    for (int x = 0; x < size.width; ++x)
+        QCOMPARE(far.pixel(x, size.height - 1), source.pixel(x, size.height - 1));
+    for (int y = 0; y < size.height; ++y)
+        QCOMPARE(far.pixel(0, y), source.pixel(0, y));
 }
 
 void TransformsTest::bumpLights() {

@@ -170,6 +170,7 @@ KVN_CLONES void shadeRow(const Strokes& strokes, float y, const float* __restric
                          const float* __restrict bendY, const std::uint8_t* __restrict tone,
                          float* __restrict paper, int count) {
     constexpr float far = 65536; // keeps what is rounded down positive
+    const float perTaper = 1 / (5 * strokes.width);
     for (int x = 0; x < count; ++x) {
         const float placeX = static_cast<float>(x) + bendX[x], placeY = y + bendY[x];
         const float q = (placeY * strokes.across - placeX * strokes.along) / strokes.length + far;
@@ -178,12 +179,15 @@ KVN_CLONES void shadeRow(const Strokes& strokes, float y, const float* __restric
             (placeX * strokes.across + placeY * strokes.along) / strokes.pitch + band * 0.37f + far;
         const float phase = p - static_cast<float>(static_cast<int>(p));
         const float swing = phase < 0.5f ? 2 * phase : 2 - 2 * phase;
-        const float off = swing - (q - band);
+        const float part = q - band, off = swing - part;
         const float distance = (off < 0 ? -off : off) * strokes.pitch * 0.5f;
         float need = (strokes.darkest - static_cast<float>(tone[x]) + bendX[x] * 4) * (1.0f / 55);
         need = need < 0 ? 0 : need;
         need = need > 1 ? 1 : need;
-        float ink = strokes.width * (0.45f + 0.55f * need) - distance + 0.5f;
+        // Strokes taper off at both ends.
+        float taper = 0.3f + (part < 0.5f ? part : 1 - part) * strokes.length * perTaper;
+        taper = taper < 1 ? taper : 1;
+        float ink = strokes.width * taper * (0.45f + 0.55f * need) - distance + 0.5f;
         ink = ink < 0 ? 0 : ink;
         ink = ink > 1 ? 1 : ink;
         paper[x] *= 1 - ink * need * 0.85f;

@@ -1,6 +1,7 @@
 // Geometry.Stipple.
 #include <algorithm>
 #include <cmath>
+#include <utility>
 #include <vector>
 
 #include "imaging/operations/art/art.h"
@@ -8,6 +9,7 @@
 #include "imaging/operations/filters/means.h"
 #include "imaging/operations/filters/rank.h"
 #include "imaging/operations/support/color_maps.h"
+#include "imaging/operations/support/curve_table.h"
 #include "imaging/operations/support/hidden_colors.h"
 #include "imaging/operations/support/simd.h"
 
@@ -44,7 +46,14 @@ constexpr Touch touches[filters] = {
     {&ypMeanOperation, 0.22f, 0.12f, 0.55f, 0.8f, 0.4f, 6},
 };
 
-Raster filtered(const Touch& touch, const Raster& source, int size, Task& task) {
+// Takes the picture over, so that it doesn't outlast its copy.
+Raster filtered(const Touch& touch, Raster source, int size, Task& task) {
+    if (touch.filter == &geometricMeanOperation) {
+        // One black pixel would make its whole window black.
+        static constexpr int darkest = 8;
+        const ByteTable lifted = tableOf([](int v) { return std::max(v, darkest); });
+        source = mapChannels(source, ColorTables::same(lifted), task);
+    }
     std::vector<Value> values{std::int64_t{size}};
     if (touch.filter == &ypMeanOperation) values.emplace_back(false);
     values.emplace_back(false); // alpha counts
@@ -177,7 +186,7 @@ Raster stipple(const Raster& picture, const Arguments& arguments, Task& task) {
     }
     const Task::Stage stage(task, 0.5, 1);
     result = first ? dotted(result, touch, pitch, task)
-                   : filtered(touch, result, std::max(3, window), task);
+                   : filtered(touch, std::move(result), std::max(3, window), task);
     restoreAlpha(result, source, task);
     return result;
 }
