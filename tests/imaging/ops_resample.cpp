@@ -8,6 +8,7 @@
 #include "imaging/convert.h"
 #include "imaging/operation.h"
 #include "imaging/operations/resample/reconstruction.h"
+#include "reference/instruction_sets.h"
 #include "reference/pictures.h"
 
 using namespace kvn::imaging;
@@ -279,6 +280,17 @@ void ResampleTest::quarterTurnsAreExact() {
             QVERIFY(
                 run("Geometry.Rotate", source, {720.0, white, whole(0)}).sharesPixelsWith(source));
         }
+    // High enough for whole tiles, and the rest of one.
+    onEveryInstructionSet([&] {
+        for (const ImageType type : everyType) {
+            const Raster source = noise(type, {70, 531});
+            const Raster once = run("Geometry.Rotate", source, {90.0, white, whole(0)});
+            for (int y = 0; y < 531; ++y)
+                for (int x = y % 3; x < 70; x += 3)
+                    QCOMPARE(once.pixel(530 - y, x), source.pixel(x, y));
+            QVERIFY(run("Geometry.Rotate", once, {-90.0, white, whole(0)}).samePixels(source));
+        }
+    });
 }
 
 // A slow wave of grey, known between the pixels too.

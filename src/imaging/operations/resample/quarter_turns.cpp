@@ -1,58 +1,13 @@
 #include "imaging/operations/resample/quarter_turns.h"
 
 #include <algorithm>
-#include <cstring>
-#include <vector>
 
 #include "imaging/convert_rows.h"
 #include "imaging/operations/basic_geometry_rows.h"
+#include "imaging/operations/resample/turn_tiles.h"
 
 namespace kvn::imaging {
 namespace {
-
-// A tile of the result is written by rows and read by columns; both sides of one stay in the
-// nearest cache.
-constexpr int tileWidth = 64, tileHeight = 32;
-
-// `count` pixels of a column, `step` bytes from one to the next, side by side.
-template <int Bytes>
-void copyColumn(const std::uint8_t* from, std::ptrdiff_t step, int count, std::uint8_t* to) {
-    if constexpr (Bytes == 3) {
-        // Four bytes at a time are one move; the last pixel must not reach over its end.
-        for (int x = 0; x + 1 < count; ++x, from += step, to += 3)
-            std::memcpy(to, from, 4);
-        std::memcpy(to, from, 3);
-    } else {
-        for (int x = 0; x < count; ++x, from += step, to += Bytes)
-            std::memcpy(to, from, Bytes);
-    }
-}
-
-// Rows y0 to y1 of the result. Clockwise, row y is column y of the source from the bottom up;
-// the other way round, it is column height - 1 - y from the top down.
-template <int Bytes>
-void turnTiles(const ConstView& in, const View& out, bool clockwise, int y0, int y1) {
-    const auto stride = static_cast<std::ptrdiff_t>(in.stride);
-    for (int top = y0; top < y1; top += tileHeight)
-        for (int left = 0; left < out.width; left += tileWidth) {
-            const int count = std::min(tileWidth, out.width - left);
-            for (int y = top; y < std::min(top + tileHeight, y1); ++y) {
-                const int column = clockwise ? y : out.height - 1 - y;
-                const int row = clockwise ? in.height - 1 - left : left;
-                copyColumn<Bytes>(in.row(row) + std::ptrdiff_t{column} * Bytes,
-                                  clockwise ? -stride : stride, count,
-                                  out.row(y) + std::ptrdiff_t{left} * Bytes);
-            }
-        }
-}
-
-void turnQuarter(const ConstView& in, const View& out, bool clockwise, Task& task) {
-    constexpr decltype(&turnTiles<1>) turners[] = {turnTiles<1>, turnTiles<2>, turnTiles<3>,
-                                                   turnTiles<4>};
-    const auto turn = turners[bytesPerPixel(in.type) - 1];
-    parallelRows(
-        out.height, task, [&](int y0, int y1) { turn(in, out, clockwise, y0, y1); }, tileHeight);
-}
 
 // Bits as a picture of bytes, 0 and 1.
 Raster unpacked(const Raster& source, Task& task) {
@@ -84,7 +39,14 @@ Raster turnedBytes(const Raster& source, int quarters, Task& task) {
     const ConstView in = source.view();
     const View out = result.edit();
     if (!half) {
-        turnQuarter(in, out, quarters == 1, task);
+        const bool clockwise = quarters == 1;
+        // Columns by whole tiles, so that the tiles read whole cache lines.
+        constexpr int tile = 64;
+        parallelRows((in.width + tile - 1) / tile, task,
+                     [&](int t0, int t1) {
+                         turnColumns(in, out, clockwise, t0 * tile, std::min(in.width, t1 * tile));
+                     },
+                     4);
         return result;
     }
     parallelRows(out.height, task, [&](int y0, int y1) {
