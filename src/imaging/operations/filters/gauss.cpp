@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "imaging/operations/filters/gauss_kernels.h"
+#include "imaging/operations/support/weighted_rows.h"
 
 namespace kvn::imaging {
 namespace {
@@ -73,15 +74,6 @@ std::size_t sizeOf(int count) {
     return static_cast<std::size_t>(count);
 }
 
-void multiplyRow(const std::uint8_t* pixels, float* row, int width, int channels) {
-    for (int x = 0; x < width; ++x, pixels += channels, row += channels) {
-        const float alpha = pixels[channels - 1];
-        for (int c = 0; c < channels - 1; ++c)
-            row[c] = static_cast<float>(pixels[c]) * alpha * (1.0f / 255);
-        row[channels - 1] = alpha;
-    }
-}
-
 // Sums of picture rows around a middle one. Where colours have to be multiplied by their alpha,
 // the last rows that were are kept, as the next sum needs most of them again.
 class RowSums {
@@ -116,7 +108,7 @@ class RowSums {
         Row& row = kept_[place];
         if (keptY_[place] != y) {
             row.resize(rowBytes(view_.type, view_.width));
-            multiplyRow(view_.row(y), row.data(), view_.width, bytesPerPixel(view_.type));
+            premultiplyRow(view_.row(y), view_.width, bytesPerPixel(view_.type), row.data());
             keptY_[place] = y;
         }
         return row.data();
@@ -381,16 +373,7 @@ void gaussRows(const ConstView& view, double sigma, bool weighted, Task& task,
 
 void unmultiplyRow(const float* row, const std::uint8_t* pixels, std::uint8_t* out, int width,
                    int channels) {
-    const auto level = [](float v) {
-        return static_cast<std::uint8_t>(std::clamp(v, 0.0f, 255.0f) + 0.5f);
-    };
-    for (int x = 0; x < width; ++x, row += channels, pixels += channels, out += channels) {
-        const float alpha = row[channels - 1];
-        out[channels - 1] = level(alpha);
-        const float scale = alpha >= 0.5f ? 255 / alpha : 0;
-        for (int c = 0; c < channels - 1; ++c)
-            out[c] = scale > 0 ? level(row[c] * scale) : pixels[c];
-    }
+    unmultiplyRow(row, width, channels, out, pixels);
 }
 
 void straightRow(const float* row, const std::uint8_t* pixels, float* out, int width,

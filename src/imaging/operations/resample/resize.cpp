@@ -11,6 +11,7 @@
 #include "imaging/operations/resample/resize_rows.h"
 #include "imaging/operations/support/color_maps.h"
 #include "imaging/operations/support/result_size.h"
+#include "imaging/operations/support/weighted_rows.h"
 
 namespace kvn::imaging {
 namespace {

@@ -1,6 +1,5 @@
 #include "imaging/operations/resample/resize_rows.h"
 
-#include <algorithm>
 #include <cstring>
 
 #include "imaging/operations/support/simd.h"
@@ -134,28 +133,6 @@ KVN_CLONES void bytesToFloats(const std::uint8_t* in, int samples, float* __rest
 KVN_CLONES void floatsToBytes(const float* in, int samples, std::uint8_t* __restrict out) {
     for (int i = 0; i < samples; ++i)
         out[i] = rounded(in[i]);
-}
-
-void premultiplyRow(const std::uint8_t* in, int pixels, int channels, float* out) {
-    for (int x = 0; x < pixels; ++x, in += channels, out += channels) {
-        const float alpha = in[channels - 1];
-        for (int c = 0; c < channels - 1; ++c)
-            out[c] = static_cast<float>(in[c]) * alpha * (1.0f / 255.0f);
-        out[channels - 1] = alpha;
-    }
-}
-
-void unmultiplyRow(const float* in, int pixels, int channels, std::uint8_t* out) {
-    const auto toByte = [](float value) {
-        return static_cast<std::uint8_t>(std::clamp(value, 0.0f, 255.0f) + 0.5f);
-    };
-    for (int x = 0; x < pixels; ++x, in += channels, out += channels) {
-        const float alpha = in[channels - 1];
-        const float scale = alpha >= 0.5f ? 255.0f / alpha : 0.0f;
-        for (int c = 0; c < channels - 1; ++c)
-            out[c] = toByte(in[c] * scale);
-        out[channels - 1] = toByte(alpha);
-    }
 }
 
 } // namespace kvn::imaging

@@ -28,9 +28,4 @@ void bytesToFloats(const std::uint8_t* in, int samples, float* out);
 // Rounded to nearest, clamped.
 void floatsToBytes(const float* in, int samples, std::uint8_t* out);
 
-// Pixels of 2 or 4 samples, alpha last: colours times alpha, and back. Where alpha comes to 0 the
-// colour is 0.
-void premultiplyRow(const std::uint8_t* in, int pixels, int channels, float* out);
-void unmultiplyRow(const float* in, int pixels, int channels, std::uint8_t* out);
-
 } // namespace kvn::imaging
