@@ -91,6 +91,17 @@ void FiltersTest::extremesAreExact() {
                 QCOMPARE(largestDifference(greatest, expected(true)), 0.0);
             }
     });
+    // Wide enough for several stripes, one of which ends at column 1024.
+    const Raster wide = noise(ImageType::Rgb24, {2500, 40});
+    onEveryInstructionSet([&] {
+        for (const int size : {3, 15}) {
+            const std::vector<Value> values{whole(size), false};
+            const Raster part = runOne("Effects.Maximum", wide.cropped({980, 0, 100, 40}), values);
+            QVERIFY(runOne("Effects.Maximum", wide, values)
+                        .cropped({1000, 0, 60, 40})
+                        .samePixels(part.cropped({20, 0, 60, 40})));
+        }
+    });
 }
 
 void FiltersTest::brightestPixelIsTakenWhole() {

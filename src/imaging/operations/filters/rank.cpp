@@ -4,7 +4,7 @@
 
 #include "imaging/operations/filters/box_sums.h"
 #include "imaging/operations/filters/convolve_kernels.h"
-#include "imaging/operations/filters/large_extremes.h"
+#include "imaging/operations/filters/extremes.h"
 #include "imaging/operations/filters/rank_kernels.h"
 #include "imaging/operations/filters/window_rows.h"
 #include "imaging/operations/support/bands.h"
@@ -14,8 +14,7 @@ namespace kvn::imaging {
 namespace {
 
 constexpr int largestSize = 255;
-constexpr int largestCounted = 15;  // its 225 values are counted in a byte
-constexpr int largestCompared = 13; // beyond, comparing all rows of the window costs more
+constexpr int largestCounted = 15; // its 225 values are counted in a byte
 
 constexpr Argument rankArguments[] = {
     {"filter size", ArgumentKind::Integer, 1, largestSize, "px", "side of the window; made odd"},
@@ -58,17 +57,7 @@ Raster medianCut(const Raster& source, const Arguments& arguments, Task& task) {
 Raster extreme(Extreme which, const Raster& source, const Arguments& arguments, Task& task) {
     const int size = oddSize(arguments.integer(0), largestSize);
     if (size == 1) return source;
-    if (size > largestCompared)
-        return extremeOfLargeWindows(which, source, size, arguments.boolean(1), task);
-    return throughWindow(
-        source, windowOf(size), arguments.boolean(1), task,
-        [=, scratch = std::vector<std::uint8_t>()](
-            const std::uint8_t* const* rows, std::uint8_t* out, const ConstView& view) mutable {
-            scratch.resize(rowBytes(view.type, view.width + size - 1));
-            extremeOfRows(which, rows, size, scratch.data(), scratch.size());
-            extremeAlong(which, scratch.data(), out, rowBytes(view.type, view.width), size,
-                         bytesPerPixel(view.type));
-        });
+    return extremeOfWindows(which, source, size, arguments.boolean(1), task);
 }
 
 Raster minimum(const Raster& source, const Arguments& arguments, Task& task) {

@@ -85,15 +85,53 @@ void greatestEntries(std::uint8_t* row, std::uint8_t* out, std::size_t count, st
     extremeEntries<Extreme::Greatest>(row, out, count, size, step);
 }
 
-void leastInto(const std::uint8_t* row, std::uint8_t* out, std::size_t count) {
-    mergeRow<Extreme::Least>(row, out, count);
-}
-void greatestInto(const std::uint8_t* row, std::uint8_t* out, std::size_t count) {
-    mergeRow<Extreme::Greatest>(row, out, count);
-}
-
 using Bytes = hn::ScalableTag<std::uint8_t>;
 using Signed = hn::ScalableTag<std::int8_t>;
+
+// `fixed` is the size where it is worth a loop without branches, else 0.
+template <Extreme which, int fixed>
+HWY_INLINE void extremeColumns(const std::uint8_t* const* rows, int anySize, int count,
+                               std::uint8_t* out, std::size_t stride, std::size_t length) {
+    const Bytes d;
+    const auto choose = [](auto a, auto b) HWY_ATTR {
+        if constexpr (which == Extreme::Least) return hn::Min(a, b);
+        return hn::Max(a, b);
+    };
+    const int size = fixed > 0 ? fixed : anySize;
+    if constexpr (fixed > 0) count = fixed;
+    HWY_ALIGN std::uint8_t ends[(fixed > 0 ? fixed : 255) * HWY_MAX_BYTES];
+    const std::size_t lanes = hn::Lanes(d);
+    for (std::size_t i = 0; i < length; i += lanes) {
+        auto end = hn::LoadU(d, rows[size - 1] + i);
+        hn::Store(end, d, ends + static_cast<std::size_t>(size - 1) * lanes);
+        for (int k = size - 2; k >= 0; --k) {
+            end = choose(end, hn::LoadU(d, rows[k] + i));
+            hn::Store(end, d, ends + static_cast<std::size_t>(k) * lanes);
+        }
+        hn::StoreU(end, d, out + i);
+        auto begin = hn::LoadU(d, rows[count > 1 ? size : 0] + i);
+        std::uint8_t* to = out + stride + i;
+        for (int j = 1; j < count; ++j, to += stride) {
+            begin = choose(begin, hn::LoadU(d, rows[size + j - 1] + i));
+            hn::StoreU(choose(begin, hn::Load(d, ends + static_cast<std::size_t>(j) * lanes)), d,
+                       to);
+        }
+    }
+}
+template <Extreme which>
+HWY_INLINE void extremeColumns(const std::uint8_t* const* rows, int size, int count,
+                               std::uint8_t* out, std::size_t stride, std::size_t length) {
+    if (size == 3 && count == 3) return extremeColumns<which, 3>(rows, 3, 3, out, stride, length);
+    extremeColumns<which, 0>(rows, size, count, out, stride, length);
+}
+void leastColumns(const std::uint8_t* const* rows, int size, int count, std::uint8_t* out,
+                  std::size_t stride, std::size_t length) {
+    extremeColumns<Extreme::Least>(rows, size, count, out, stride, length);
+}
+void greatestColumns(const std::uint8_t* const* rows, int size, int count, std::uint8_t* out,
+                     std::size_t stride, std::size_t length) {
+    extremeColumns<Extreme::Greatest>(rows, size, count, out, stride, length);
+}
 
 template <class V>
 HWY_INLINE void order(V& low, V& high) {
@@ -223,8 +261,8 @@ HWY_EXPORT(leastRows);
 HWY_EXPORT(greatestRows);
 HWY_EXPORT(leastEntries);
 HWY_EXPORT(greatestEntries);
-HWY_EXPORT(leastInto);
-HWY_EXPORT(greatestInto);
+HWY_EXPORT(leastColumns);
+HWY_EXPORT(greatestColumns);
 HWY_EXPORT(median);
 
 void extremeOfRows(Extreme which, const std::uint8_t* const* rows, int n, std::uint8_t* out,
@@ -241,9 +279,11 @@ void extremeAlong(Extreme which, std::uint8_t* row, std::uint8_t* out, std::size
     HWY_DYNAMIC_DISPATCH(greatestEntries)(row, out, count, window, distance);
 }
 
-void mergeExtreme(Extreme which, const std::uint8_t* row, std::uint8_t* out, std::size_t count) {
-    if (which == Extreme::Least) return HWY_DYNAMIC_DISPATCH(leastInto)(row, out, count);
-    HWY_DYNAMIC_DISPATCH(greatestInto)(row, out, count);
+void extremeOfColumns(Extreme which, const std::uint8_t* const* rows, int size, int count,
+                      std::uint8_t* out, std::size_t stride, std::size_t length) {
+    if (which == Extreme::Least)
+        return HWY_DYNAMIC_DISPATCH(leastColumns)(rows, size, count, out, stride, length);
+    HWY_DYNAMIC_DISPATCH(greatestColumns)(rows, size, count, out, stride, length);
 }
 
 void medianOfWindow(const std::uint8_t* const* rows, int size, int step, std::uint8_t* out,

@@ -11,8 +11,12 @@ enum class Extreme { Least, Greatest };
 // out[i] = the extreme of rows[k][i] over k below n.
 void extremeOfRows(Extreme which, const std::uint8_t* const* rows, int n, std::uint8_t* out,
                    std::size_t count);
-// out[i] = the extreme of out[i] and row[i].
-void mergeExtreme(Extreme which, const std::uint8_t* row, std::uint8_t* out, std::size_t count);
+// Row j of `out` (j below count, at most size; `stride` bytes apart) = the extreme of rows[j] to
+// rows[j + size - 1]: the end of the first `size` rows and the beginning of those behind them,
+// three comparisons a value whatever the size (M. van Herk 1992, J. Gil and M. Werman 1993). size:
+// up to 255. Up to 64 bytes behind the rows are read and written.
+void extremeOfColumns(Extreme which, const std::uint8_t* const* rows, int size, int count,
+                      std::uint8_t* out, std::size_t stride, std::size_t length);
 // out[i] = the extreme of row[i + k * step] over k below size. `row` has count + (size - 1) * step
 // entries and is used as scratch memory.
 void extremeAlong(Extreme which, std::uint8_t* row, std::uint8_t* out, std::size_t count, int size,
