@@ -91,7 +91,11 @@ Raster withoutHiddenColors(const Raster& source, Task& task) {
     if (levels.size() == 1) return source;
     for (std::size_t i = levels.size() - 1; i > 0; --i)
         fill(levels[i - 1], levels[i].view(), silent);
-    return std::move(levels.front());
+    Raster result = std::move(levels.front());
+    // The smaller ones would lie in the cache, of no use to anyone, while the operation runs.
+    levels.clear();
+    PixelBuffer::trimCache();
+    return result;
 }
 
 } // namespace kvn::imaging
