@@ -1,5 +1,6 @@
 // Operations that look at the three colour channels of a pixel together. Alpha stays, palette
-// pictures keep their type and have their palette mapped. L is the luma (Rec. 601) of a colour.
+// pictures keep their type and have their palette mapped. L is the luma (Rec. 601) of a colour,
+// rounded to a whole number.
 #pragma once
 
 #include "imaging/operation.h"
