@@ -14,7 +14,7 @@ using Call = std::function<void(const Mat& source, Mat& target)>;
 struct Row {
     const char* name;
     Call call;
-    bool bands = false; // a band's rows depend on nothing but the rows around it
+    bool bands = false; // same type, and a band's rows depend on nothing but the rows around it
 };
 
 Mat matOf(const imaging::Raster& raster) {
@@ -90,7 +90,7 @@ std::vector<Row> pointRows() {
              s.copyTo(t);
              t.setTo(cv::Scalar(0, 0, 0), mask);
          }},
-        {"add alpha", [](const Mat& s, Mat& t) { cv::cvtColor(s, t, cv::COLOR_RGB2RGBA); }, true},
+        {"add alpha", [](const Mat& s, Mat& t) { cv::cvtColor(s, t, cv::COLOR_RGB2RGBA); }},
         {"swap red and blue", [](const Mat& s, Mat& t) { cv::cvtColor(s, t, cv::COLOR_RGB2BGR); },
          true},
         {"split into channels",

@@ -79,12 +79,16 @@ Raster withMask(const Raster& source, const Raster& mask, Point at, AlphaMerge h
         for (int y = y0; y < y1; ++y)
             for (int x = 0; x < in.width; x += ColorPlanes::size) {
                 const int count = std::min(ColorPlanes::size, in.width - x);
-                splitPlanes(in.type, in.row(y) + x * inStep, count, planes);
+                const std::uint8_t* from = in.row(y) + x * inStep;
+                std::uint8_t* to = out.row(y) + x * outStep;
+                splitPlanes(in.type, from, count, planes);
+                const auto inBytes = static_cast<std::size_t>(count * inStep);
+                fetchAhead(from + inBytes, inBytes, to, static_cast<std::size_t>(count * outStep));
                 const Rect covered = Rect{x, y, count, 1}.intersected(part);
                 if (!covered.isEmpty())
                     mergeAlpha(how, planes.a + (covered.x - x),
                                values.row(y - at.y) + (covered.x - at.x), covered.width);
-                mergePlanes(planes, count, out.type, out.row(y) + x * outStep);
+                mergePlanes(planes, count, out.type, to);
             }
     });
     return result;

@@ -174,16 +174,15 @@ void merge(const ColorPlanes& planes, int count, int channels, std::uint8_t* pix
     if (done < count) HWY_DYNAMIC_DISPATCH(mergeFrom)(planes, done, count, channels, pixels);
 }
 
-// What comes next is fetched while the kernel works, which has no memory to wait for.
-void fetch(const std::uint8_t* in, std::size_t inBytes, const std::uint8_t* out,
-           std::size_t outBytes) {
+} // namespace
+
+void fetchAhead(const std::uint8_t* in, std::size_t inBytes, const std::uint8_t* out,
+                std::size_t outBytes) {
     for (std::size_t i = 0; i < inBytes; i += 64)
         __builtin_prefetch(in + i);
     for (std::size_t i = 0; i < outBytes; i += 64)
         __builtin_prefetch(out + i, 1);
 }
-
-} // namespace
 
 void splitPlanes(ImageType type, const std::uint8_t* pixels, int count, ColorPlanes& planes) {
     split(bytesPerPixel(type), pixels, count, planes);
@@ -204,7 +203,7 @@ Raster mapPlanes(const Raster& source, ResultForm form, Task& task, const PlaneK
             const std::uint8_t* in = row.in + at * inStep;
             std::uint8_t* out = row.out + at * outStep;
             split(row.inChannels, in, count, planes);
-            fetch(in + pixels * inStep, pixels * inStep, out, pixels * outStep);
+            fetchAhead(in + pixels * inStep, pixels * inStep, out, pixels * outStep);
             kernel(planes);
             merge(planes, count, row.outChannels, out);
         }

@@ -2,6 +2,7 @@
 // block of pixels become vector code. Knows nothing of what the loops compute.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 
@@ -23,6 +24,11 @@ struct ColorPlanes {
 // alpha is left out where the type has none.
 void splitPlanes(ImageType type, const std::uint8_t* pixels, int count, ColorPlanes& planes);
 void mergePlanes(const ColorPlanes& planes, int count, ImageType type, std::uint8_t* pixels);
+
+// Has the bytes to be read and written next brought near while a kernel works on a block, which has
+// no memory to wait for. They may lie beyond the end of a picture.
+void fetchAhead(const std::uint8_t* in, std::size_t inBytes, const std::uint8_t* out,
+                std::size_t outBytes);
 
 using PlaneKernel = std::function<void(ColorPlanes& planes)>;
 
