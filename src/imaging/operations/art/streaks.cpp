@@ -149,6 +149,7 @@ class TapSum {
                          std::ptrdiff_t{taps_.list[k].column + taps_.columns} * channels;
     }
     void add(std::size_t begin, std::uint16_t* sums, std::size_t count) {
+        if (starts_.empty()) return;
         for (std::size_t k = 0; k < starts_.size(); ++k)
             shifted_[k] = starts_[k] + begin;
         addTaps(shifted_.data(), weights_.data(), weights_.size(), sums, count);
