@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstring>
 #include <vector>
 
 #include "imaging/operations/support/color_maps.h"
@@ -9,18 +10,27 @@
 namespace kvn::imaging {
 namespace {
 
+// Whole pixels as numbers, whose highest byte is alpha: less 1 it has the highest bit set only if
+// it was 0. So vectors of pixels are told at once.
+template <class Pixel>
+bool anyIsClear(const std::uint8_t* row, int width) {
+    constexpr int bits = 8 * sizeof(Pixel);
+    Pixel seen = 0;
+    for (int x = 0; x < width; ++x) {
+        Pixel pixel;
+        std::memcpy(&pixel, row + static_cast<std::size_t>(x) * sizeof(Pixel), sizeof(Pixel));
+        seen = static_cast<Pixel>(seen | ((pixel >> (bits - 8)) - 1));
+    }
+    return seen >> (bits - 1) != 0;
+}
+
 bool hasClearPixels(const ConstView& view, Task& task) {
-    const int channels = bytesPerPixel(view.type);
+    const auto test =
+        view.type == ImageType::Rgba32 ? anyIsClear<std::uint32_t> : anyIsClear<std::uint16_t>;
     std::atomic<bool> found{false};
     parallelRows(view.height, task, [&](int y0, int y1) {
-        for (int y = y0; y < y1 && !found.load(std::memory_order_relaxed); ++y) {
-            const std::uint8_t* alpha = view.row(y) + channels - 1;
-            bool clear = false;
-            for (int x = 0; x < view.width; ++x)
-                clear |=
-                    alpha[static_cast<std::size_t>(x) * static_cast<std::size_t>(channels)] == 0;
-            if (clear) found = true;
-        }
+        for (int y = y0; y < y1 && !found.load(std::memory_order_relaxed); ++y)
+            if (test(view.row(y), view.width)) found = true;
     });
     return found;
 }
