@@ -196,6 +196,13 @@ void ArtTest::linearMotionIsTheMeanOfALine() {
             };
             QVERIFY(largestDifference(box, exact) < 0.75);
         }
+    // Whole pieces of a row are done another way than the rest of it.
+    const Raster wide = noise(ImageType::Rgb24, {700, 40});
+    const std::vector<Value> values{10.0, whole(2), 30.0, whole(0)};
+    const Raster part = runOne("Geometry.MotionBlur", wide.cropped({280, 0, 120, 40}), values);
+    QVERIFY(runOne("Geometry.MotionBlur", wide, values)
+                .cropped({310, 0, 60, 40})
+                .samePixels(part.cropped({30, 0, 60, 40})));
 }
 
 void ArtTest::turningAndZoomingKeepTheirCentre() {

@@ -19,6 +19,16 @@ void tapsOfBytes(const std::uint8_t* const* starts, const std::uint16_t* weights
         for (std::size_t i = 0; i < count; ++i)
             sums[i] = static_cast<std::uint16_t>(sums[i] + (starts[k][i] * weights[k] >> 8));
 }
+
+void roundedTaps(const std::uint8_t* const* starts, const std::uint16_t* weights, std::size_t taps,
+                 std::uint16_t start, std::uint8_t* out, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) {
+        unsigned sum = start + 128u;
+        for (std::size_t k = 0; k < taps; ++k)
+            sum += static_cast<unsigned>(starts[k][i] * weights[k]) >> 8;
+        out[i] = static_cast<std::uint8_t>(sum < 0xffff ? sum >> 8 : 255);
+    }
+}
 #else
 // Bytes are split into the even and the odd ones, each as the upper half of a word: no lane has to
 // change its place before the end.
@@ -44,6 +54,34 @@ void tapsOfBytes(const std::uint8_t* const* starts, const std::uint16_t* weights
         }
         hn::StoreInterleaved2(even, odd, d, sums + i);
         hn::StoreInterleaved2(even2, odd2, d, sums + i + 2 * lanes);
+    }
+}
+
+void roundedTaps(const std::uint8_t* const* starts, const std::uint16_t* weights, std::size_t taps,
+                 std::uint16_t start, std::uint8_t* out, std::size_t count) {
+    const Words d;
+    const hn::Repartition<std::uint8_t, Words> bytes;
+    const std::size_t lanes = hn::Lanes(d);
+    const auto upper = hn::Set(d, 0xff00), half = hn::Set(d, 128), begin = hn::Set(d, start);
+    const auto load = [=](const std::uint8_t* from)
+                          HWY_ATTR { return hn::BitCast(d, hn::LoadU(bytes, from)); };
+    const auto save = [=](auto even, auto odd, std::uint8_t* to) HWY_ATTR {
+        const auto low = hn::ShiftRight<8>(hn::SaturatedAdd(even, half));
+        const auto high = hn::And(hn::SaturatedAdd(odd, half), upper);
+        hn::StoreU(hn::BitCast(bytes, hn::Or(low, high)), bytes, to);
+    };
+    for (std::size_t i = 0; i < count; i += 4 * lanes) {
+        auto even = begin, odd = begin, even2 = begin, odd2 = begin;
+        for (std::size_t k = 0; k < taps; ++k) {
+            const auto weight = hn::Set(d, weights[k]);
+            const auto a = load(starts[k] + i), b = load(starts[k] + i + 2 * lanes);
+            even = hn::Add(even, hn::MulHigh(hn::ShiftLeft<8>(a), weight));
+            odd = hn::Add(odd, hn::MulHigh(hn::And(a, upper), weight));
+            even2 = hn::Add(even2, hn::MulHigh(hn::ShiftLeft<8>(b), weight));
+            odd2 = hn::Add(odd2, hn::MulHigh(hn::And(b, upper), weight));
+        }
+        save(even, odd, out + i);
+        save(even2, odd2, out + i + 2 * lanes);
     }
 }
 #endif
@@ -74,6 +112,7 @@ HWY_AFTER_NAMESPACE();
 namespace kvn::imaging {
 
 HWY_EXPORT(tapsOfBytes);
+HWY_EXPORT(roundedTaps);
 HWY_EXPORT(tapsOfWords);
 
 void addTaps(const std::uint8_t* const* starts, const std::uint16_t* weights, std::size_t taps,
@@ -83,6 +122,10 @@ void addTaps(const std::uint8_t* const* starts, const std::uint16_t* weights, st
 void addTaps(const std::uint16_t* const* starts, const std::uint16_t* weights, std::size_t taps,
              std::uint16_t* sums, std::size_t count) {
     HWY_DYNAMIC_DISPATCH(tapsOfWords)(starts, weights, taps, sums, count);
+}
+void meanOfTaps(const std::uint8_t* const* starts, const std::uint16_t* weights, std::size_t taps,
+                std::uint16_t start, std::uint8_t* out, std::size_t count) {
+    HWY_DYNAMIC_DISPATCH(roundedTaps)(starts, weights, taps, start, out, count);
 }
 
 } // namespace kvn::imaging

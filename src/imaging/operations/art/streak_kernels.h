@@ -13,5 +13,8 @@ void addTaps(const std::uint8_t* const* starts, const std::uint16_t* weights, st
              std::uint16_t* sums, std::size_t count);
 void addTaps(const std::uint16_t* const* starts, const std::uint16_t* weights, std::size_t taps,
              std::uint16_t* sums, std::size_t count);
+// The same sums of levels, begun with `start` and rounded. count: a multiple of 256.
+void meanOfTaps(const std::uint8_t* const* starts, const std::uint16_t* weights, std::size_t taps,
+                std::uint16_t start, std::uint8_t* out, std::size_t count);
 
 } // namespace kvn::imaging

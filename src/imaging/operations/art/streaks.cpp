@@ -150,12 +150,20 @@ class TapSum {
     }
     void add(std::size_t begin, std::uint16_t* sums, std::size_t count) {
         if (starts_.empty()) return;
-        for (std::size_t k = 0; k < starts_.size(); ++k)
-            shifted_[k] = starts_[k] + begin;
+        shiftTo(begin);
         addTaps(shifted_.data(), weights_.data(), weights_.size(), sums, count);
+    }
+    void mean(std::size_t begin, std::uint16_t start, std::uint8_t* out, std::size_t count) {
+        shiftTo(begin);
+        meanOfTaps(shifted_.data(), weights_.data(), weights_.size(), start, out, count);
     }
 
   private:
+    void shiftTo(std::size_t begin) {
+        for (std::size_t k = 0; k < starts_.size(); ++k)
+            shifted_[k] = starts_[k] + begin;
+    }
+
     const Taps& taps_;
     std::vector<std::uint16_t> weights_;
     std::vector<const T*> starts_, shifted_;
@@ -252,6 +260,11 @@ class Stripe {
         std::uint16_t sums[piece + slack];
         for (std::size_t i = 0; i < samples(0); i += piece) {
             const std::size_t n = std::min(piece, samples(0) - i);
+            if constexpr (sizeof(T) == 1)
+                if (n == piece && blocks_.lost() == 0) {
+                    behind_.mean(i, start, out + skip + i, n);
+                    continue;
+                }
             std::fill_n(sums, piece, start);
             blocks_.add(i, sums, n);
             before_.add(i, sums, n);
