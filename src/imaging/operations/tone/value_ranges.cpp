@@ -1,10 +1,12 @@
-// Some of the pixels give a guess of where the ends are. Then all pixels are held against the few
-// values around, which proves the guess or corrects it: comparing is what vectors do well, counting
-// values is not.
+// Some of the pixels tell roughly where the ends are. Then all pixels are held against a value a
+// little further in at each end, which is what vectors do well; only the few beyond are counted one
+// by one.
 #include "imaging/operations/tone/value_ranges.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstddef>
+#include <cstring>
 #include <mutex>
 #include <utility>
 
@@ -18,14 +20,15 @@
 #define KVN_VALUE_RANGES_ONCE
 namespace kvn::imaging {
 
-// The neighbouring values at either end of a channel that all pixels are held against.
-constexpr int limitCount = 4;
+// What lies beyond them belongs to an end of the channel, the values next to them included.
 struct ChannelLimits {
-    std::uint8_t low[limitCount], high[limitCount];
+    std::uint8_t low = 1, high = 254;
 };
-// How many are less than each low limit and greater than each high one.
+// How many are less than the low limit and greater than the high one; and how many there are of
+// each value, complete for all of these but the values next to the limits.
 struct Beyond {
-    std::array<std::int64_t, limitCount> low{}, high{};
+    std::int64_t low = 0, high = 0;
+    Counts values{};
 };
 // One for each of `channels`, 1 or 3.
 using LimitsOfAll = std::array<ChannelLimits, 3>;
@@ -42,72 +45,78 @@ using Bytes = hn::ScalableTag<std::uint8_t>;
 constexpr std::size_t mostLanes = hn::MaxLanes(Bytes());
 
 // Three vectors hold whole pixels of three bytes, and so each lane always sees one channel.
-struct Lanes {
-    alignas(64) std::uint8_t low[3 * mostLanes], high[3 * mostLanes];
-    alignas(64) std::uint8_t below[3 * mostLanes] = {}, above[3 * mostLanes] = {};
-};
-
 class Tally {
   public:
-    Tally(const LimitsOfAll& limits, std::size_t channels) : channels_(channels) {
-        for (std::size_t k = 0; k < limitCount; ++k)
-            for (std::size_t i = 0; i < block(); ++i) {
-                lanes_[k].low[i] = limits[i % channels].low[k];
-                lanes_[k].high[i] = limits[i % channels].high[k];
-            }
+    Tally(const LimitsOfAll& limits, std::size_t channels) : limits_(limits), channels_(channels) {
+        for (std::size_t i = 0; i < block(); ++i) {
+            low_[i] = limits[i % channels].low;
+            high_[i] = limits[i % channels].high;
+        }
     }
 
     static std::size_t block() { return 3 * hn::Lanes(Bytes()); }
 
-    // Three vectors. Most hold nothing that lies beyond even the innermost limits.
+    // Three vectors, most of which hold nothing beyond the limits.
     HWY_INLINE void add(const std::uint8_t* values) {
         const Bytes d;
         const std::size_t n = hn::Lanes(d);
-        const Lanes& inner = lanes_[limitCount - 1];
         auto beyond = hn::Zero(d);
         for (std::size_t i = 0; i < block(); i += n) {
             const auto v = hn::LoadU(d, values + i);
-            beyond = hn::Or(beyond, hn::SaturatedSub(hn::Load(d, inner.low + i), v));
-            beyond = hn::Or(beyond, hn::SaturatedSub(v, hn::Load(d, inner.high + i)));
+            beyond = hn::Or(beyond, hn::SaturatedSub(hn::Load(d, low_ + i), v));
+            beyond = hn::Or(beyond, hn::SaturatedSub(v, hn::Load(d, high_ + i)));
         }
         if (hn::AllTrue(d, hn::Eq(beyond, hn::Zero(d)))) return;
         const auto one = hn::Set(d, 1);
-        for (Lanes& lanes : lanes_)
-            for (std::size_t i = 0; i < block(); i += n) {
-                const auto v = hn::LoadU(d, values + i);
-                const auto below = hn::SaturatedSub(hn::Load(d, lanes.low + i), v);
-                const auto above = hn::SaturatedSub(v, hn::Load(d, lanes.high + i));
-                hn::Store(hn::Add(hn::Load(d, lanes.below + i), hn::Min(below, one)), d,
-                          lanes.below + i);
-                hn::Store(hn::Add(hn::Load(d, lanes.above + i), hn::Min(above, one)), d,
-                          lanes.above + i);
-            }
+        for (std::size_t i = 0; i < block(); i += n) {
+            const auto v = hn::LoadU(d, values + i);
+            const auto below = hn::SaturatedSub(hn::Load(d, low_ + i), v);
+            const auto above = hn::SaturatedSub(v, hn::Load(d, high_ + i));
+            hn::Store(hn::Add(hn::Load(d, below_ + i), hn::Min(below, one)), d, below_ + i);
+            hn::Store(hn::Add(hn::Load(d, above_ + i), hn::Min(above, one)), d, above_ + i);
+            const auto far = hn::SaturatedSub(hn::Or(below, above), one);
+            countFar(values + i, i, hn::Gt(far, hn::Zero(d)));
+        }
         if (++pending_ == 255) flush();
     }
 
     // One value of channel c.
     void addOne(std::uint8_t value, std::size_t c) {
-        for (std::size_t k = 0; k < limitCount; ++k) {
-            beyond_[c].low[k] += value < lanes_[k].low[c];
-            beyond_[c].high[k] += value > lanes_[k].high[c];
-        }
+        beyond_[c].low += value < limits_[c].low;
+        beyond_[c].high += value > limits_[c].high;
+        ++beyond_[c].values[value];
     }
 
     // The counts of the lanes are bytes.
     HWY_NOINLINE void flush() {
-        for (std::size_t k = 0; k < limitCount; ++k)
-            for (std::size_t i = 0; i < block(); ++i) {
-                beyond_[i % channels_].low[k] += std::exchange(lanes_[k].below[i], 0);
-                beyond_[i % channels_].high[k] += std::exchange(lanes_[k].above[i], 0);
-            }
+        for (std::size_t i = 0; i < block(); ++i) {
+            beyond_[i % channels_].low += std::exchange(below_[i], 0);
+            beyond_[i % channels_].high += std::exchange(above_[i], 0);
+        }
         pending_ = 0;
     }
 
     const BeyondOfAll& beyond() const { return beyond_; }
 
   private:
+    // The values of one vector that are not next to a limit, but further out.
+    HWY_INLINE void countFar(const std::uint8_t* values, std::size_t lane, hn::Mask<Bytes> far) {
+        alignas(8) std::uint8_t bits[std::max<std::size_t>(8, mostLanes / 8)] = {};
+        hn::StoreMaskBits(Bytes(), far, bits);
+        for (std::size_t part = 0; part * 64 < mostLanes; ++part) {
+            std::uint64_t left;
+            std::memcpy(&left, bits + part * 8, 8);
+            for (; left != 0; left &= left - 1) {
+                const std::size_t i = part * 64 + static_cast<std::size_t>(std::countr_zero(left));
+                ++beyond_[(lane + i) % channels_].values[values[i]];
+            }
+        }
+    }
+
+    LimitsOfAll limits_;
     std::size_t channels_;
-    Lanes lanes_[limitCount];
+    alignas(64) std::uint8_t low_[3 * mostLanes], high_[3 * mostLanes];
+    alignas(64) std::uint8_t below_[3 * mostLanes] = {}, above_[3 * mostLanes] = {};
     int pending_ = 0;
     BeyondOfAll beyond_;
 };
@@ -167,52 +176,48 @@ std::array<Counts, 3> countSome(const ConstView& in, Task& task) {
     return counts;
 }
 
-// The least of neighbouring limits, around the guess.
-int firstLimit(int guess) {
-    return std::clamp(guess - 1, 1, 256 - limitCount);
-}
-
-// The least value that more than `spare` are at or below; -1 if the limits don't tell. `below` are
-// the numbers of those less than `first` and the values after it.
-int endOf(const std::array<std::int64_t, limitCount>& below, int first, std::int64_t spare) {
-    for (int k = 0; k < limitCount; ++k)
-        if (below[static_cast<std::size_t>(k)] > spare)
-            return k > 0 || first == 1 ? first + k - 1 : -1;
-    return first + limitCount == 256 ? 255 : -1;
-}
-
 using Ranges = std::array<ValueRange, 3>;
 
-// The least limits of each channel, the high ones counted down from 255.
-Ranges limitsAround(const std::array<Counts, 3>& some, double share) {
-    Ranges first;
+// Twice the share of the pixels looked at lie beyond the limits, less what the last value has
+// too many.
+LimitsOfAll limitsAround(const std::array<Counts, 3>& some, double share) {
+    LimitsOfAll limits;
     for (std::size_t c = 0; c < 3; ++c) {
-        const ValueRange guess = rangeOf(some[c], {0, 255}, share);
-        first[c] = {firstLimit(guess.low), firstLimit(255 - guess.high)};
+        const ValueRange guess = rangeOf(some[c], {0, 255}, share * 2);
+        limits[c].low = static_cast<std::uint8_t>(std::min(guess.low, 254) + 1);
+        limits[c].high = static_cast<std::uint8_t>(std::max(guess.high, 1) - 1);
     }
-    return first;
+    return limits;
 }
 
-BeyondOfAll countAll(const ConstView& in, const Ranges& first, Task& task) {
-    LimitsOfAll limits;
-    for (std::size_t c = 0; c < 3; ++c)
-        for (int k = 0; k < limitCount; ++k) {
-            limits[c].low[k] = static_cast<std::uint8_t>(first[c].low + k);
-            limits[c].high[k] = static_cast<std::uint8_t>(255 - first[c].high - k);
-        }
+BeyondOfAll countAll(const ConstView& in, const LimitsOfAll& limits, Task& task) {
     BeyondOfAll beyond;
     std::mutex mutex;
     parallelRows(in.height, task, [&](int y0, int y1) {
         BeyondOfAll band;
         HWY_DYNAMIC_DISPATCH(countBeyond)(in, y0, y1, limits, band);
         const std::lock_guard lock(mutex);
-        for (std::size_t c = 0; c < 3; ++c)
-            for (std::size_t k = 0; k < limitCount; ++k) {
-                beyond[c].low[k] += band[c].low[k];
-                beyond[c].high[k] += band[c].high[k];
-            }
+        for (std::size_t c = 0; c < 3; ++c) {
+            beyond[c].low += band[c].low;
+            beyond[c].high += band[c].high;
+            for (std::size_t v = 0; v < 256; ++v)
+                beyond[c].values[v] += band[c].values[v];
+        }
     });
     return beyond;
+}
+
+// The first value from the end at which more than `spare` pixels have been passed; -1 if it lies
+// further in than the limit. `valueAt(i)` is the i-th value from the end, `limit` the index of the
+// limit, `beyond` the number of all before it.
+template <class ValueAt>
+int endOf(const Counts& values, int limit, std::int64_t beyond, std::int64_t spare,
+          const ValueAt& valueAt) {
+    std::int64_t sum = 0;
+    for (int i = 0; i < limit - 1; ++i)
+        if ((sum += values[static_cast<std::size_t>(valueAt(i))]) > spare) return valueAt(i);
+    if (beyond > spare) return valueAt(limit - 1);
+    return limit == 255 ? valueAt(255) : -1;
 }
 
 } // namespace
@@ -228,16 +233,19 @@ std::optional<std::array<ValueRange, 3>> findRanges(const Raster& source, double
         const Task::Stage looking(task, 0, 0.2);
         some = countSome(source.view(), task);
     }
-    const Ranges first = limitsAround(some, share);
+    const LimitsOfAll limits = limitsAround(some, share);
     const Task::Stage proving(task, 0.2, 1);
-    const BeyondOfAll beyond = countAll(source.view(), first, task);
+    const BeyondOfAll beyond = countAll(source.view(), limits, task);
     const auto spare = static_cast<std::int64_t>(static_cast<double>(pixels) * share);
     Ranges ranges;
     for (std::size_t c = 0; c < (gray ? 1 : 3); ++c) {
-        const int low = endOf(beyond[c].low, first[c].low, spare);
-        const int high = endOf(beyond[c].high, first[c].high, spare);
+        const Beyond& found = beyond[c];
+        const auto up = [](int i) { return i; };
+        const auto down = [](int i) { return 255 - i; };
+        const int low = endOf(found.values, limits[c].low, found.low, spare, up);
+        const int high = endOf(found.values, 255 - limits[c].high, found.high, spare, down);
         if (low < 0 || high < 0) return {};
-        ranges[c] = {low, 255 - high};
+        ranges[c] = {low, high};
     }
     if (gray) ranges[1] = ranges[2] = ranges[0];
     return ranges;
