@@ -255,6 +255,11 @@ void TgaTest::refused() {
     QCOMPARE(error({.width = 0}), errors::invalidPicture);
     QCOMPARE(error({.bits = 8}), errors::invalidPicture);
     QCOMPARE(error({.type = 1, .bits = 8}), errors::invalidPicture);
+    TgaBuilder nineBits{.type = 1, .bits = 8, .paletteSize = 2}; // which a footer lets through
+    nineBits.paletteBits = 9;
+    nineBits.palette = {1, 2, 3, 4};
+    nineBits.attributes = 0;
+    QCOMPARE(error(nineBits), errors::invalidPicture);
     QCOMPARE(error({.width = 60000, .height = 60000}), errors::outOfMemory);
     QCOMPARE(error({.width = 20000, .height = 20000}), errors::invalidPicture);
     try {

@@ -298,7 +298,7 @@ TgaHeader readTgaHeader(std::span<const std::uint8_t> file) {
     if (file[1] == 1) {
         const int bits = file[7];
         const std::uint64_t size = std::uint64_t{fields.u16(5)} * ((std::uint64_t(bits) + 7) / 8);
-        if (header.kind == TgaKind::Palette)
+        if (header.kind == TgaKind::Palette && paletteFits(file))
             colors = readColors(partOf(file, at, size), fields.u16(3), bits, header.alpha,
                                 std::size_t{1} << header.bits);
         at += size;
