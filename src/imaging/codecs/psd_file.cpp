@@ -162,7 +162,7 @@ PsdFile readPsdFile(std::span<const std::uint8_t> file) {
     Metadata& meta = psd.resources.metadata;
     if (psd.mode == PsdMode::Cmyk || psd.mode == PsdMode::Lab || psd.mode == PsdMode::Multichannel)
         meta.icc.clear(); // of colours that the picture no longer has
-    if (!meta.exif.empty()) psd.orientation = exifOrientation(meta.exif);
+    psd.orientation = exifOrientation(meta.exif);
     return psd;
 }
 

@@ -320,18 +320,20 @@ Raster scribble(const Raster& picture, const Arguments& arguments, Task& task) {
     const float share = static_cast<float>(std::clamp(arguments.integer(0), 0, 100)) / 100;
     const int filter = std::clamp(arguments.integer(1), 0, static_cast<int>(despeckled));
     const bool first = arguments.boolean(2);
-    const Raster source = promoted(picture, task);
-    const double unit = std::max(0.6, std::min(source.width(), source.height()) / 1000.0);
+    Raster current = promoted(withoutHiddenColors(picture, task), task);
+    const double unit = std::max(0.6, std::min(picture.width(), picture.height()) / 1000.0);
     const float darkness = std::sqrt(share);
-    Raster result;
     {
         const Task::Stage stage(task, 0, 0.5);
-        result = first ? filtered(filter, true, source, unit, task)
-                       : drawn(source, darkness, unit, task);
+        current = first ? filtered(filter, true, current, unit, task)
+                        : drawn(current, darkness, unit, task);
     }
+    // What the first step has left would lie in the cache, as large as a picture, during the
+    // second.
+    PixelBuffer::trimCache();
     const Task::Stage stage(task, 0.5, 1);
-    return first ? drawn(result, darkness, unit, task)
-                 : filtered(filter, false, result, unit, task);
+    return first ? drawn(current, darkness, unit, task)
+                 : filtered(filter, false, current, unit, task);
 }
 
 } // namespace
@@ -340,7 +342,7 @@ const Operation scribbleOperation = {
     .name = "Geometry.Scribble",
     .undoName = "Scribble",
     .arguments = scribbleArguments,
-    .run = overVisibleColors<scribble>,
+    .run = scribble,
     .border = -1,
     .note = "Draws over the picture with a shaky pen: outlines, and strokes in the shadows.",
 };

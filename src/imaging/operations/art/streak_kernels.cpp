@@ -30,30 +30,43 @@ void roundedTaps(const std::uint8_t* const* starts, const std::uint16_t* weights
     }
 }
 #else
-// Bytes are split into the even and the odd ones, each as the upper half of a word: no lane has to
-// change its place before the end.
+// Four vectors of sums. Bytes are split into the even and the odd ones, each as the upper half of a
+// word: no lane has to change its place before the end.
+struct ByteSums {
+    hn::Vec<Words> even, odd, even2, odd2;
+};
+
+// Adds the taps' bytes from `begin` on.
+HWY_INLINE ByteSums withTaps(ByteSums sums, const std::uint8_t* const* starts,
+                             const std::uint16_t* weights, std::size_t taps, std::size_t begin) {
+    const Words d;
+    const hn::Repartition<std::uint8_t, Words> bytes;
+    const std::size_t half = 2 * hn::Lanes(d);
+    const auto upper = hn::Set(d, 0xff00);
+    auto [even, odd, even2, odd2] = sums;
+    for (std::size_t k = 0; k < taps; ++k) {
+        const auto weight = hn::Set(d, weights[k]);
+        const auto a = hn::BitCast(d, hn::LoadU(bytes, starts[k] + begin));
+        const auto b = hn::BitCast(d, hn::LoadU(bytes, starts[k] + begin + half));
+        even = hn::Add(even, hn::MulHigh(hn::ShiftLeft<8>(a), weight));
+        odd = hn::Add(odd, hn::MulHigh(hn::And(a, upper), weight));
+        even2 = hn::Add(even2, hn::MulHigh(hn::ShiftLeft<8>(b), weight));
+        odd2 = hn::Add(odd2, hn::MulHigh(hn::And(b, upper), weight));
+    }
+    return {even, odd, even2, odd2};
+}
+
 void tapsOfBytes(const std::uint8_t* const* starts, const std::uint16_t* weights, std::size_t taps,
                  std::uint16_t* sums, std::size_t count) {
     const Words d;
-    const hn::Repartition<std::uint8_t, Words> bytes;
     const std::size_t lanes = hn::Lanes(d);
-    const auto upper = hn::Set(d, 0xff00);
-    const auto load = [=](const std::uint8_t* from)
-                          HWY_ATTR { return hn::BitCast(d, hn::LoadU(bytes, from)); };
     for (std::size_t i = 0; i < count; i += 4 * lanes) {
-        hn::Vec<Words> even, odd, even2, odd2;
-        hn::LoadInterleaved2(d, sums + i, even, odd);
-        hn::LoadInterleaved2(d, sums + i + 2 * lanes, even2, odd2);
-        for (std::size_t k = 0; k < taps; ++k) {
-            const auto weight = hn::Set(d, weights[k]);
-            const auto a = load(starts[k] + i), b = load(starts[k] + i + 2 * lanes);
-            even = hn::Add(even, hn::MulHigh(hn::ShiftLeft<8>(a), weight));
-            odd = hn::Add(odd, hn::MulHigh(hn::And(a, upper), weight));
-            even2 = hn::Add(even2, hn::MulHigh(hn::ShiftLeft<8>(b), weight));
-            odd2 = hn::Add(odd2, hn::MulHigh(hn::And(b, upper), weight));
-        }
-        hn::StoreInterleaved2(even, odd, d, sums + i);
-        hn::StoreInterleaved2(even2, odd2, d, sums + i + 2 * lanes);
+        ByteSums four;
+        hn::LoadInterleaved2(d, sums + i, four.even, four.odd);
+        hn::LoadInterleaved2(d, sums + i + 2 * lanes, four.even2, four.odd2);
+        four = withTaps(four, starts, weights, taps, i);
+        hn::StoreInterleaved2(four.even, four.odd, d, sums + i);
+        hn::StoreInterleaved2(four.even2, four.odd2, d, sums + i + 2 * lanes);
     }
 }
 
@@ -63,25 +76,15 @@ void roundedTaps(const std::uint8_t* const* starts, const std::uint16_t* weights
     const hn::Repartition<std::uint8_t, Words> bytes;
     const std::size_t lanes = hn::Lanes(d);
     const auto upper = hn::Set(d, 0xff00), half = hn::Set(d, 128), begin = hn::Set(d, start);
-    const auto load = [=](const std::uint8_t* from)
-                          HWY_ATTR { return hn::BitCast(d, hn::LoadU(bytes, from)); };
     const auto save = [=](auto even, auto odd, std::uint8_t* to) HWY_ATTR {
         const auto low = hn::ShiftRight<8>(hn::SaturatedAdd(even, half));
         const auto high = hn::And(hn::SaturatedAdd(odd, half), upper);
         hn::StoreU(hn::BitCast(bytes, hn::Or(low, high)), bytes, to);
     };
     for (std::size_t i = 0; i < count; i += 4 * lanes) {
-        auto even = begin, odd = begin, even2 = begin, odd2 = begin;
-        for (std::size_t k = 0; k < taps; ++k) {
-            const auto weight = hn::Set(d, weights[k]);
-            const auto a = load(starts[k] + i), b = load(starts[k] + i + 2 * lanes);
-            even = hn::Add(even, hn::MulHigh(hn::ShiftLeft<8>(a), weight));
-            odd = hn::Add(odd, hn::MulHigh(hn::And(a, upper), weight));
-            even2 = hn::Add(even2, hn::MulHigh(hn::ShiftLeft<8>(b), weight));
-            odd2 = hn::Add(odd2, hn::MulHigh(hn::And(b, upper), weight));
-        }
-        save(even, odd, out + i);
-        save(even2, odd2, out + i + 2 * lanes);
+        const ByteSums four = withTaps({begin, begin, begin, begin}, starts, weights, taps, i);
+        save(four.even, four.odd, out + i);
+        save(four.even2, four.odd2, out + i + 2 * lanes);
     }
 }
 #endif

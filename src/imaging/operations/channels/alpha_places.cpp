@@ -11,6 +11,7 @@
 #include "imaging/operations/support/color_maps.h"
 #include "imaging/operations/support/color_planes.h"
 #include "imaging/operations/support/simd.h"
+#include "imaging/operations/support/weighted_rows.h"
 
 namespace kvn::imaging {
 namespace {
@@ -117,7 +118,7 @@ constexpr Argument antialiasArguments[] = {
 // Blurred alpha; the colour of pixels that were in sight before.
 void takeAlpha(const float* blurred, const std::uint8_t* before, std::uint8_t* out, int width,
                int channels) {
-    unmultiplyRow(blurred, before, out, width, channels);
+    unmultiplyRow(blurred, width, channels, out, before);
     for (int x = 0; x < width; ++x, out += channels, before += channels)
         if (before[channels - 1] != 0) std::copy(before, before + channels - 1, out);
 }

@@ -9,6 +9,7 @@
 #include "imaging/operations/filters/gauss.h"
 #include "imaging/operations/filters/gauss_kernels.h"
 #include "imaging/operations/support/color_maps.h"
+#include "imaging/operations/support/weighted_rows.h"
 
 namespace kvn::imaging {
 namespace {
@@ -42,7 +43,7 @@ Raster throughRows(const Raster& picture, Task& task, const Fill& fill) {
 
 void finishRow(const ConstView& from, const View& to, bool weighted, int y, const float* row) {
     if (weighted)
-        unmultiplyRow(row, from.row(y), to.row(y), from.width, bytesPerPixel(from.type));
+        unmultiplyRow(row, from.width, bytesPerPixel(from.type), to.row(y), from.row(y));
     else
         roundLevels(row, to.row(y), rowBytes(from.type, from.width));
 }
@@ -87,7 +88,7 @@ Raster soften(const Raster& picture, const Arguments& arguments, Task& task) {
             if (!weighted) return addDetail(from.row(y), mean, -share, 0, to.row(y), samples);
             std::vector<float> mixed(samples);
             mixVisible(from.row(y), mean, share, mixed.data(), from.width, channels);
-            unmultiplyRow(mixed.data(), from.row(y), to.row(y), from.width, channels);
+            unmultiplyRow(mixed.data(), from.width, channels, to.row(y), from.row(y));
         });
     });
 }

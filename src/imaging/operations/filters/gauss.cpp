@@ -371,11 +371,6 @@ void gaussRows(const ConstView& view, double sigma, bool weighted, Task& task,
     blur.expand(task, finish);
 }
 
-void unmultiplyRow(const float* row, const std::uint8_t* pixels, std::uint8_t* out, int width,
-                   int channels) {
-    unmultiplyRow(row, width, channels, out, pixels);
-}
-
 void straightRow(const float* row, const std::uint8_t* pixels, float* out, int width,
                  int channels) {
     for (int x = 0; x < width; ++x, row += channels, pixels += channels, out += channels) {

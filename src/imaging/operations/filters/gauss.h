@@ -42,12 +42,8 @@ void windowRows(const ConstView& view, const std::vector<float>& down,
                 const std::vector<float>& along, bool weighted, Task& task,
                 const BlurredRow& finish, Precision precision = Precision::Levels);
 
-// A row of colours multiplied by alpha / 255 made straight and rounded; where nothing is visible
-// the colour is that of `pixels`. channels: 2 or 4, alpha last.
-void unmultiplyRow(const float* row, const std::uint8_t* pixels, std::uint8_t* out, int width,
-                   int channels);
-
-// The same in floats. Where nothing is visible around, all of the pixel stays.
+// A row of colours multiplied by alpha / 255 made straight. channels: 2 or 4, alpha last. Where
+// nothing is visible around, all of the pixel stays.
 void straightRow(const float* row, const std::uint8_t* pixels, float* out, int width, int channels);
 
 } // namespace kvn::imaging

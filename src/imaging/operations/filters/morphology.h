@@ -15,8 +15,8 @@ namespace kvn::imaging {
 //   4 top hat    the picture minus its opening: what opening removes, on black
 // Channel by channel. Palette and 1-bit pictures become 24-bit, 32-bit with alpha; the other types
 // stay. Alpha stays, and clear pixels count in the colour of visible ones beside them. Edge pixels
-// are repeated outwards. Throws RuntimeError(invalidCall) for a
-// larger kernel. (J. Serra, Image analysis and mathematical morphology, 1982.)
+// are repeated outwards. Throws RuntimeError(invalidCall) for a larger kernel. (J. Serra, Image
+// analysis and mathematical morphology, 1982.)
 extern const Operation morphologyOperation;
 
 } // namespace kvn::imaging

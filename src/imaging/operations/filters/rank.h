@@ -19,8 +19,8 @@ extern const Operation maximumOperation;
 
 // Effects.Despeckle(): a value stays if at least two of its eight neighbours go as far, else it is
 // brought to the second least or second greatest of them. Specks of one or two pixels go, while
-// lines and corners, which have company, stay. Alpha stays, and clear pixels count in
-// the colour of visible ones beside them.
+// lines and corners, which have company, stay. Alpha stays, and clear pixels count in the colour of
+// visible ones beside them.
 extern const Operation despeckleOperation;
 
 } // namespace kvn::imaging

@@ -116,7 +116,7 @@ struct Driver {
 
     void fill(Places& places, int y) const {
         places.fill(map, y, active.x);
-        if (settings.mirrored) places.mirrorAt(row.source);
+        if (!settings.bordered) places.mirrorAt(row.source);
     }
 
     void sample(const Places& here, const Places& below, int y,

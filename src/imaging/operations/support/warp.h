@@ -17,10 +17,8 @@ using WarpMap = std::function<void(int y, int x0, int count, float* sourceX, flo
 
 struct WarpSettings {
     Size size;
-    // Beyond the picture: its last pixel repeats, or, where `mirrored`, the picture goes on as its
-    // own mirror image for ever, or, where `bordered`, there is the background, and the picture's
-    // edge is antialiased.
-    bool mirrored = false;
+    // Beyond its edges the picture goes on as its own mirror image for ever, or, where `bordered`,
+    // there is the background, and the picture's edge is antialiased.
     bool bordered = false;
     Rgba background = {};
     // Bicubic sampling (R. Keys 1981, a = -1/2), and, where the map shrinks the picture, the mean

@@ -76,7 +76,7 @@ Raster kaleidoscope(const Raster& picture, const Arguments&, Task& task) {
     const auto cosine = static_cast<float>(std::cos(turn));
     const auto sine = static_cast<float>(std::sin(turn));
     const float side = sector % 2 ? -1.0f : 1.0f;
-    const WarpSettings settings{.size = source.size(), .mirrored = true};
+    const WarpSettings settings{.size = source.size()};
     return warped(source, settings, task, [=](int row, int x0, int count, float* toX, float* toY) {
         constexpr float sin60 = 0.866025404f, half = 0.5f;
         for (int i = 0; i < count; ++i) {
@@ -107,7 +107,7 @@ Raster push(const Raster& source, const Arguments& arguments, Task& task) {
     const double left = std::floor(x2 - radius), top = std::floor(y2 - radius);
     const double size = std::ceil(2 * radius) + 2;
     if (radius == 0 || size > 1e9 || std::abs(left) > 1e9 || std::abs(top) > 1e9) return source;
-    WarpSettings settings{.size = source.size(), .mirrored = true};
+    WarpSettings settings{.size = source.size()};
     settings.active = Rect{static_cast<int>(left), static_cast<int>(top), static_cast<int>(size),
                            static_cast<int>(size)}
                           .intersected(source.rect());

@@ -51,7 +51,7 @@ Raster marble(const Raster& source, const Arguments& arguments, Task& task) {
     if (amount == 0) return source;
     const NoiseField field = fieldFor(source, arguments, marbleSeed);
     const Circle circle;
-    const WarpSettings settings{.size = source.size(), .mirrored = true};
+    const WarpSettings settings{.size = source.size()};
     return warped(source, settings, task, [&](int y, int x0, int count, float* toX, float* toY) {
         field.row(y, x0, count, toX);
         for (int i = 0; i < count; ++i) {
@@ -68,7 +68,7 @@ Raster perlin(const Raster& source, const Arguments& arguments, Task& task) {
     if (amount == 0) return source;
     const NoiseField across = fieldFor(source, arguments, perlinSeedX);
     const NoiseField down = fieldFor(source, arguments, perlinSeedY);
-    const WarpSettings settings{.size = source.size(), .mirrored = true};
+    const WarpSettings settings{.size = source.size()};
     return warped(source, settings, task, [&](int y, int x0, int count, float* toX, float* toY) {
         across.row(y, x0, count, toX);
         down.row(y, x0, count, toY);
@@ -94,8 +94,7 @@ std::uint64_t randomBits(std::uint32_t x, std::uint32_t y) {
 Raster random(const Raster& source, const Arguments& arguments, Task& task) {
     const auto offset = static_cast<float>(std::clamp(std::abs(arguments.number(0)), 0.0, 1000.0));
     if (offset == 0) return source;
-    const WarpSettings settings{
-        .size = source.size(), .mirrored = true, .smooth = false, .continuous = false};
+    const WarpSettings settings{.size = source.size(), .smooth = false, .continuous = false};
     const float scale = 2 * offset * 0x1p-32f;
     return warped(source, settings, task, [=](int y, int x0, int count, float* toX, float* toY) {
         for (int i = 0; i < count; ++i) {

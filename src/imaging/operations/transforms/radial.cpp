@@ -66,7 +66,7 @@ Raster radiallyDistorted(const Raster& source, const RadialDistortion& distortio
     const double farthest =
         std::hypot(std::max(x, source.width() - x), std::max(y, source.height() - y)) + 2;
     const double reach = distortion.everywhere ? farthest : std::min(distortion.radius, farthest);
-    WarpSettings settings{.size = source.size(), .mirrored = true};
+    WarpSettings settings{.size = source.size()};
     settings.active = around(x, y, reach, source.rect());
     if (!(distortion.radius >= 1) || settings.active.isEmpty()) return source;
     const RadialTable table(rule, reach);

@@ -1,9 +1,8 @@
 // Distortions. The picture keeps its size; every pixel of the result is fetched from another place
 // of the picture, sampled bicubically, and as the mean over its area where the picture shrinks.
-// Beyond its edges the picture goes on as its mirror image,
-// unless told otherwise. Colours are weighted by alpha;
-// 1-bit and palette pictures become 24-bit, or 32-bit where the palette has alpha. Arguments that
-// move nothing leave the picture as it is.
+// Beyond its edges the picture goes on as its mirror image, unless told otherwise. Colours are
+// weighted by alpha; 1-bit and palette pictures become 24-bit, or 32-bit where the palette has
+// alpha. Arguments that move nothing leave the picture as it is.
 //
 // Lengths are pixels of the picture, x to the right and y downwards. "Centre" is the picture's
 // middle moved by (offsetX, offsetY). With r the distance from it and R the radius, u = r / R;
@@ -32,8 +31,8 @@ extern const Operation pinchOperation;
 
 // Transforms.Ripple(damping, R, amount, periods, offsetX, offsetY): waves as of a stone in water:
 // source r = r + amount / 2 * d(u) * sin(2 pi periods u), with d by the style: 0 full 1, 1 linear
-// 1 - u, 2 square (1 - u)^2, 3 sine sin(pi u), 4 cosine cos(pi u / 2): the sine is
-// strongest half way, the others in the middle.
+// 1 - u, 2 square (1 - u)^2, 3 sine sin(pi u), 4 cosine cos(pi u / 2): the sine is strongest half
+// way, the others in the middle.
 extern const Operation rippleOperation;
 
 // Transforms.Wow(style, R): 0 Stretch draws the rim of the circle outwards into rays (source

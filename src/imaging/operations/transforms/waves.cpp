@@ -28,7 +28,7 @@ constexpr Argument zigZagArguments[] = {
 // Moves row y (or column x) by offsets[y]; there is one more than the picture has.
 Raster movedLines(const Raster& source, bool columns, const std::vector<float>& offsets,
                   Task& task) {
-    const WarpSettings settings{.size = source.size(), .mirrored = true};
+    const WarpSettings settings{.size = source.size()};
     return warped(source, settings, task, [&](int y, int x0, int count, float* toX, float* toY) {
         const float rowOffset = columns ? 0 : offsets[static_cast<std::size_t>(y)];
         const float* columnOffsets = offsets.data() + x0;
